@@ -1,0 +1,214 @@
+#include "harness.h"
+
+#include "test_strings.h"
+
+#include <cstdio>
+
+namespace vtest {
+
+HINSTANCE testModule() {
+    return GetModuleHandleA(nullptr);
+}
+
+// ---- message boxes -------------------------------------------------------------------------
+
+namespace {
+MessageBoxCapture *activeCapture = nullptr;
+
+std::string windowText(HWND window) {
+    char text[2048] = {};
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
+} // namespace
+
+MessageBoxCapture::MessageBoxCapture() {
+    activeCapture = this;
+    hook_ = SetWindowsHookExA(WH_CBT, &MessageBoxCapture::hook, nullptr, GetCurrentThreadId());
+}
+
+MessageBoxCapture::~MessageBoxCapture() {
+    if (hook_ != nullptr) UnhookWindowsHookEx(hook_);
+    if (activeCapture == this) activeCapture = nullptr;
+}
+
+LRESULT CALLBACK MessageBoxCapture::hook(int code, WPARAM wParam, LPARAM lParam) {
+    if (code == HCBT_ACTIVATE && activeCapture != nullptr) {
+        HWND window = reinterpret_cast<HWND>(wParam);
+        char className[64] = {};
+        GetClassNameA(window, className, sizeof className);
+        if (std::string(className) == "#32770") {
+            Box box;
+            box.caption = windowText(window);
+            char text[2048] = {};
+            GetDlgItemTextA(window, 0xFFFF, text, sizeof text); // the static text of the box
+            box.text = text;
+            activeCapture->boxes_.push_back(box);
+            PostMessageA(window, WM_COMMAND, IDOK, 0);
+        }
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+// ---- registry ------------------------------------------------------------------------------
+
+std::string testKeyPath() {
+    char path[512] = {};
+    LoadStringA(testModule(), IDS_REGKEY, path, sizeof path);
+    return path;
+}
+
+void removeTestKey() {
+    RegDeleteTreeA(HKEY_CURRENT_USER, testKeyPath().c_str());
+}
+
+bool testKeyExists() {
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, testKeyPath().c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return false;
+    RegCloseKey(key);
+    return true;
+}
+
+bool writeTestValue(const std::string &name, DWORD type, const std::string &data) {
+    HKEY key = nullptr;
+    if (RegCreateKeyExA(HKEY_CURRENT_USER, testKeyPath().c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                        nullptr, &key, nullptr) != ERROR_SUCCESS)
+        return false;
+    const LONG rc =
+        RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<const BYTE *>(data.data()),
+                       static_cast<DWORD>(data.size()));
+    RegCloseKey(key);
+    return rc == ERROR_SUCCESS;
+}
+
+bool writeTestDword(const std::string &name, DWORD value) {
+    return writeTestValue(name, REG_DWORD,
+                          std::string(reinterpret_cast<const char *>(&value), sizeof value));
+}
+
+// Reads through the wide interface, which hands back the stored bytes untouched (the ANSI one adds
+// a terminating zero to text that was stored without one). Text types come back as the stored
+// characters, narrowed one for one; the tests store ASCII only.
+std::optional<RegistryValue> readTestValue(const std::string &name) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, testKeyPath().c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return std::nullopt;
+    const std::wstring wideName(name.begin(), name.end());
+    RegistryValue value;
+    DWORD size = 0;
+    std::string raw;
+    LONG rc = RegQueryValueExW(key, wideName.c_str(), nullptr, &value.type, nullptr, &size);
+    if (rc == ERROR_SUCCESS) {
+        raw.resize(size);
+        rc = RegQueryValueExW(key, wideName.c_str(), nullptr, &value.type,
+                              reinterpret_cast<BYTE *>(raw.data()), &size);
+        raw.resize(size);
+    }
+    RegCloseKey(key);
+    if (rc != ERROR_SUCCESS) return std::nullopt;
+    if (value.type == REG_SZ || value.type == REG_EXPAND_SZ || value.type == REG_MULTI_SZ) {
+        for (std::size_t i = 0; i + 1 < raw.size(); i += 2)
+            value.data += static_cast<char>(raw[i] | (raw[i + 1] << 8));
+    } else {
+        value.data = raw;
+    }
+    return value;
+}
+
+// ---- files ---------------------------------------------------------------------------------
+
+std::optional<std::string> readFile(const std::string &path) {
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                              nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    std::string data;
+    char chunk[4096];
+    DWORD got = 0;
+    while (ReadFile(file, chunk, sizeof chunk, &got, nullptr) && got > 0)
+        data.append(chunk, got);
+    CloseHandle(file);
+    return data;
+}
+
+bool writeFile(const std::string &path, const std::string &data) {
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    DWORD written = 0;
+    const BOOL ok =
+        WriteFile(file, data.data(), static_cast<DWORD>(data.size()), &written, nullptr);
+    CloseHandle(file);
+    return ok && written == data.size();
+}
+
+bool fileExists(const std::string &path) {
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// ---- working directory ---------------------------------------------------------------------
+
+namespace {
+void removeTree(const std::string &dir) {
+    WIN32_FIND_DATAA entry;
+    HANDLE find = FindFirstFileA((dir + "\\*").c_str(), &entry);
+    if (find != INVALID_HANDLE_VALUE) {
+        do {
+            const std::string name = entry.cFileName;
+            if (name == "." || name == "..") continue;
+            const std::string full = dir + "\\" + name;
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                removeTree(full);
+            else
+                DeleteFileA(full.c_str());
+        } while (FindNextFileA(find, &entry));
+        FindClose(find);
+    }
+    RemoveDirectoryA(dir.c_str());
+}
+} // namespace
+
+ScopedWorkDir::ScopedWorkDir() {
+    char current[MAX_PATH] = {};
+    GetCurrentDirectoryA(MAX_PATH, current);
+    previous_ = current;
+
+    char temp[MAX_PATH] = {};
+    GetTempPathA(MAX_PATH, temp);
+    static unsigned serial = 0;
+    for (;;) {
+        char name[MAX_PATH];
+        std::snprintf(name, sizeof name, "%svelltest-%lu-%u", temp, GetCurrentProcessId(),
+                      ++serial);
+        if (CreateDirectoryA(name, nullptr)) {
+            path_ = name;
+            break;
+        }
+        if (GetLastError() != ERROR_ALREADY_EXISTS) {
+            ADD_FAILURE() << "cannot create a working directory under " << temp;
+            return;
+        }
+    }
+    SetCurrentDirectoryA(path_.c_str());
+}
+
+ScopedWorkDir::~ScopedWorkDir() {
+    SetCurrentDirectoryA(previous_.c_str());
+    if (!path_.empty()) removeTree(path_);
+}
+
+// ---- fixture -------------------------------------------------------------------------------
+
+void VellTest::SetUp() {
+    removeTestKey();
+    workDir.emplace();
+    boxes.emplace();
+}
+
+void VellTest::TearDown() {
+    boxes.reset();
+    workDir.reset();
+    removeTestKey();
+}
+
+} // namespace vtest

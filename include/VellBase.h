@@ -37,6 +37,8 @@
 
 #include <windows.h>
 
+#include <ddraw.h>
+
 #if defined(VELLBASE_BUILD)
 #define VELLBASE_API __declspec(dllexport)
 #elif defined(VELLBASE_STATIC)
@@ -86,6 +88,80 @@ public:
     // stamp, no prefix, no line break of its own. An entry longer than 1023 characters is cut
     // there. Silent while no log is open.
     void DebugOut(const char *format, ...) VELLBASE_PRINTF(2, 3);
+};
+
+// One enumerated device of the display or sound object, in a singly linked list in enumeration
+// order. The device reported without a GUID (the primary driver) has the all-zero GUID.
+struct VELLBASE_API structDeviceInfo {
+    _GUID guid;
+    char *lpszDescription; // own copy
+    char *lpszDriverName;  // own copy
+    structDeviceInfo *lpNext;
+};
+
+// The display. Full screen (dwMode 1): exclusive, 640x480 at 16 bits, lpPrimary with one back
+// buffer lpBack to draw on and Flip. Windowed (any other dwMode): lpPrimary is the desktop, no back
+// buffer. Construct it after storing the window handle in TVellBase::hWnd; it keeps its own copy.
+//
+// dwGraphicsMode is the 16-bit pixel layout: 1 = 5:5:5, 2 = 5:6:5, 0 = not a 16-bit display (a
+// windowed display on a desktop of another depth: painting refuses to draw). wWhite is white in
+// that layout (0x7FFF, 0xFFFF, or 0 in mode 0). Both are read from the primary surface's pixel
+// format: its green mask 0x07E0 means 5:6:5, any other 16-bit format 5:5:5.
+//
+// A device that cannot be opened shows one message box captioned "DirectDraw" with the step that
+// failed and the code's text; the object is then closed or half open (lpPrimary null).
+class VELLBASE_API TDirectDraw {
+public:
+    TVellBase *lpBase;
+    IDirectDraw *lpDD;
+    IDirectDrawSurface2 *lpPrimary;
+    IDirectDrawSurface2 *lpBack; // null in windowed mode and while closed
+    structDeviceInfo *lpDeviceList;
+    DWORD dwGraphicsMode;
+    WORD wWhite;
+    HWND hWnd;        // lpBase->hWnd as it was at construction
+    _GUID guidDevice; // the chosen device, all zeros for the primary driver
+    DWORD dwMode;     // 1 = full screen, anything else = windowed
+
+    TDirectDraw(TVellBase *lpBase, unsigned long dwMode);
+    ~TDirectDraw();
+    TDirectDraw(const TDirectDraw &) = delete;
+    TDirectDraw &operator=(const TDirectDraw &) = delete;
+
+    // Device (closing first is the caller's job: Init on an open display drops what it holds).
+    int Init();                // 1, or 0 after a message box
+    int Exit();                // releases the surfaces and DirectDraw; 1
+    void LoadRegistry();       // "TDirectDraw::guidDevice", default all zeros
+    void SaveRegistry();       // written as its 38-character text
+    int setDevice(_GUID guid); // Exit, take guid, Init; Init's result
+    int RestoreAll();          // restores nothing; 0
+
+    // Surfaces. A bitmap name is a bitmap resource of the executable, else a bitmap file.
+    // width/height 0 with a bitmap take the bitmap's size; the bitmap is tiled at its own size.
+    bool CreateSurface(IDirectDrawSurface2 *&lpSurface, int width, int height, const char *bitmap);
+    // Off-screen, video memory first, then system memory (DDSCAPS_SYSTEMMEMORY then stays set in
+    // desc). Failure shows a message box.
+    bool CreateSurface(IDirectDrawSurface2 *&lpSurface, _DDSURFACEDESC &desc);
+    bool LoadBitmap(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch);
+    // The rectangle (x, y, dx, dy) of the bitmap (dx/dy 0: to its edge), stretched over the whole
+    // surface or tiled across it at its own size. Restores a lost surface first.
+    bool CopyBitmap(IDirectDrawSurface2 *lpSurface, void *hBitmap, int x, int y, int dx, int dy,
+                    bool bStretch);
+
+    // Drawing. Blit clips lpSrcRect in place (see its comment in the source for the exact rule)
+    // and returns 1 when copied or nothing needed copying, 0 on failure (also for a null surface).
+    int Blit(IDirectDrawSurface2 *lpDest, int x, int y, IDirectDrawSurface2 *lpSrc,
+             tagRECT *lpSrcRect, int flags);
+    int Flip(); // 1, or 0 (windowed, closed)
+    HRESULT ClearSurface(IDirectDrawSurface2 *lpSurface, unsigned long dwColor); // raw pixel value
+    unsigned long ColorMatch(IDirectDrawSurface2 *lpSurface,
+                             unsigned long dwRGB); // 0xFFFFFFFF: failed
+    tagRECT CreateRect(int x, int y, int w, int h);
+
+    // Error texts: getErrorString writes at most 126 bytes; ErrorMessage shows the box and
+    // returns false.
+    void getErrorString(int hr, char *lpszError);
+    bool ErrorMessage(int hr, const char *lpszText);
 };
 
 #pragma pack(pop)

@@ -1,7 +1,8 @@
 # Set-up shared by tools/demo.sh and tools/test.sh. Source it, then call what you need:
 #
 #   vell_install_packages    Debian packages the project needs, installed when missing
-#   vell_wine_prefix         a Wine prefix inside the build tree (build/wine), made once
+#   vell_wine_prefix         the Wine prefix inside the build tree (build/wine), made once
+#   vell_plain_prefix        a second one without Wine's virtual desktop (build/wine-plain)
 #   vell_start_xvfb DEPTH    an Xvfb screen of 1024x768 at DEPTH bits; prints its display (":N")
 #   vell_start_pulse         a private PulseAudio daemon with a null sink "vell_sink"
 #
@@ -45,29 +46,53 @@ vell_install_packages() {
         { vell_log "apt-get install failed"; return 1; }
 }
 
-# The prefix lives in the build tree so that tests never touch the user's own ~/.wine.
-vell_wine_prefix() {
-    export WINEPREFIX=$VELL_BUILD/wine
-    export WINEDEBUG=${WINEDEBUG:--all}
-    export WINEDLLOVERRIDES="mscoree,mshtml="
-    if [ ! -f "$WINEPREFIX/system.reg" ]; then
-        vell_log "making a Wine prefix in $WINEPREFIX"
-        mkdir -p "$WINEPREFIX"
-        "$VELL_WINE" wineboot -u >/dev/null 2>&1
+# Makes (once) and settles a Wine prefix: vell_make_prefix DIR DESKTOP, DESKTOP "yes" or "no".
+vell_make_prefix() {
+    local prefix=$1 desktop=$2
+    if [ ! -f "$prefix/system.reg" ]; then
+        vell_log "making a Wine prefix in $prefix"
+        mkdir -p "$prefix"
+        WINEPREFIX=$prefix "$VELL_WINE" wineboot -u >/dev/null 2>&1
     fi
-    local stamp=$WINEPREFIX/.vell-settings-1
+    local stamp=$prefix/.vell-settings-2
     if [ ! -f "$stamp" ]; then
         # A crashing program prints its backtrace and ends instead of waiting on a dialog. Windows
         # are unmanaged: with no window manager on the Xvfb screen, Wine would otherwise wait two
         # seconds for one whenever a window (a message box, say) closes.
-        "$VELL_WINE" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f \
-            >/dev/null 2>&1 &&
-            "$VELL_WINE" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f \
-                >/dev/null 2>&1 &&
-            touch "$stamp"
-        wineserver -w
+        local -a settings=(
+            'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0
+            'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N
+        )
+        # Wine's own display modes are those the X server offers (an Xvfb has one), so the
+        # 640x480 full-screen mode needs Wine's virtual desktop, which emulates mode changes.
+        [ "$desktop" = yes ] && settings+=(
+            'HKCU\Software\Wine\Explorer' /v Desktop /t REG_SZ /d Default
+            'HKCU\Software\Wine\Explorer\Desktops' /v Default /t REG_SZ /d 1024x768
+        )
+        local i ok=1
+        for ((i = 0; i < ${#settings[@]}; i += 7)); do
+            WINEPREFIX=$prefix "$VELL_WINE" reg add "${settings[@]:i:7}" /f >/dev/null 2>&1 || ok=0
+        done
+        [ $ok -eq 1 ] && touch "$stamp"
+        WINEPREFIX=$prefix wineserver -w
     fi
-    VELL_CLEANUP+=("WINEPREFIX='$WINEPREFIX' wineserver -k")
+    VELL_CLEANUP+=("WINEPREFIX='$prefix' wineserver -k")
+}
+
+# The project's prefix (build/wine, never the user's ~/.wine), with the virtual desktop: programs
+# run in it by default.
+vell_wine_prefix() {
+    export WINEDEBUG=${WINEDEBUG:--all}
+    export WINEDLLOVERRIDES="mscoree,mshtml="
+    vell_make_prefix "$VELL_BUILD/wine" yes
+    export WINEPREFIX=$VELL_BUILD/wine
+}
+
+# A second prefix without the virtual desktop, where Wine uses the X screen's own modes; its
+# path goes to VELL_WINEPREFIX_PLAIN for the tests that need it.
+vell_plain_prefix() {
+    vell_make_prefix "$VELL_BUILD/wine-plain" no
+    export VELL_WINEPREFIX_PLAIN=$VELL_BUILD/wine-plain
 }
 
 # Starts Xvfb on a free display number and prints the display name.

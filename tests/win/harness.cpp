@@ -3,6 +3,7 @@
 #include "test_strings.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace vtest {
 
@@ -43,6 +44,7 @@ LRESULT CALLBACK MessageBoxCapture::hook(int code, WPARAM wParam, LPARAM lParam)
             char text[2048] = {};
             GetDlgItemTextA(window, 0xFFFF, text, sizeof text); // the static text of the box
             box.text = text;
+            box.owner = GetWindow(window, GW_OWNER);
             activeCapture->boxes_.push_back(box);
             PostMessageA(window, WM_COMMAND, IDOK, 0);
         }
@@ -197,6 +199,65 @@ ScopedWorkDir::~ScopedWorkDir() {
     if (!path_.empty()) removeTree(path_);
 }
 
+// ---- windows and data ----------------------------------------------------------------------
+
+HWND createTestWindow() {
+    static bool registered = false;
+    if (!registered) {
+        WNDCLASSA windowClass = {};
+        windowClass.lpfnWndProc = DefWindowProcA;
+        windowClass.hInstance = testModule();
+        windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
+        windowClass.lpszClassName = "VellTestWindow";
+        registered = RegisterClassA(&windowClass) != 0;
+    }
+    HWND window = CreateWindowExA(0, "VellTestWindow", "VellBase test", WS_POPUP | WS_VISIBLE, 0, 0,
+                                  640, 480, nullptr, nullptr, testModule(), nullptr);
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
+        DispatchMessageA(&message);
+    return window;
+}
+
+std::string dataFile(const std::string &name) {
+    char path[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    std::string dir = path;
+    dir.resize(dir.find_last_of('\\') + 1);
+    return dir + "data\\" + name;
+}
+
+int screenDepth() {
+    HDC screen = GetDC(nullptr);
+    const int bits = GetDeviceCaps(screen, BITSPIXEL);
+    ReleaseDC(nullptr, screen);
+    return bits;
+}
+
+// ---- surfaces ------------------------------------------------------------------------------
+
+SurfaceLock::SurfaceLock(IDirectDrawSurface2 *surface) : surface_(surface) {
+    std::memset(&desc_, 0, sizeof desc_);
+    desc_.dwSize = sizeof desc_;
+    result_ = surface_ != nullptr ? surface_->Lock(nullptr, &desc_, DDLOCK_WAIT, nullptr)
+                                  : DDERR_INVALIDPARAMS;
+    locked_ = result_ == DD_OK;
+}
+
+SurfaceLock::~SurfaceLock() {
+    if (locked_) surface_->Unlock(nullptr);
+}
+
+std::uint16_t &SurfaceLock::at(int x, int y) {
+    return *reinterpret_cast<std::uint16_t *>(static_cast<char *>(desc_.lpSurface) +
+                                              y * desc_.lPitch + 2 * x);
+}
+
+std::uint32_t pixel16(IDirectDrawSurface2 *surface, int x, int y) {
+    SurfaceLock lock(surface);
+    return lock.ok() ? lock.at(x, y) : 0xFFFFFFFFu;
+}
+
 // ---- fixture -------------------------------------------------------------------------------
 
 void VellTest::SetUp() {
@@ -206,6 +267,9 @@ void VellTest::SetUp() {
 }
 
 void VellTest::TearDown() {
+    // A box the test did not look at (and clear) is a failure of its own.
+    for (const auto &box : boxes->boxes())
+        ADD_FAILURE() << "unexpected message box \"" << box.caption << "\": " << box.text;
     boxes.reset();
     workDir.reset();
     removeTestKey();

@@ -5,10 +5,14 @@
 
 #include <windows.h>
 
+#include <ddraw.h>
+
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vtest {
@@ -22,6 +26,7 @@ public:
     struct Box {
         std::string caption;
         std::string text;
+        HWND owner = nullptr;
     };
     MessageBoxCapture();
     ~MessageBoxCapture();
@@ -30,6 +35,7 @@ public:
 
     const std::vector<Box> &boxes() const { return boxes_; }
     void clear() { boxes_.clear(); }
+    std::vector<Box> take() { return std::exchange(boxes_, {}); }
 
 private:
     static LRESULT CALLBACK hook(int code, WPARAM wParam, LPARAM lParam);
@@ -69,8 +75,43 @@ private:
     std::string path_;
 };
 
-// Base fixture: its own working directory, no message box left unseen, and the test key removed
-// before and after the test.
+// A visible 640x480 pop-up window of the test program's own class; destroy it with DestroyWindow.
+HWND createTestWindow();
+
+// Full path of a file in the test data folder copied beside the test program.
+std::string dataFile(const std::string &name);
+
+// Bits per pixel of the X screen the program runs on.
+int screenDepth();
+
+// A surface locked whole for the object's lifetime, to read and write its pixels directly.
+class SurfaceLock {
+public:
+    explicit SurfaceLock(IDirectDrawSurface2 *surface);
+    ~SurfaceLock();
+    SurfaceLock(const SurfaceLock &) = delete;
+    SurfaceLock &operator=(const SurfaceLock &) = delete;
+
+    bool ok() const { return locked_; }
+    HRESULT result() const { return result_; }
+    int width() const { return static_cast<int>(desc_.dwWidth); }
+    int height() const { return static_cast<int>(desc_.dwHeight); }
+    int bits() const { return static_cast<int>(desc_.ddpfPixelFormat.dwRGBBitCount); }
+    std::uint16_t &at(int x, int y); // 16-bit surfaces only
+
+private:
+    IDirectDrawSurface2 *surface_;
+    DDSURFACEDESC desc_;
+    HRESULT result_;
+    bool locked_ = false;
+};
+
+// One pixel of a 16-bit surface, or 0xFFFFFFFF when it cannot be locked.
+std::uint32_t pixel16(IDirectDrawSurface2 *surface, int x, int y);
+
+// Base fixture: its own working directory, the test key removed before and after the test, and
+// every message box captured. Boxes still recorded at the end fail the test: a test that expects
+// boxes checks them and calls boxes->clear().
 class VellTest : public ::testing::Test {
 protected:
     void SetUp() override;

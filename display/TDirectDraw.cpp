@@ -1,0 +1,206 @@
+// The display object: device list, opening and closing the display, the device choice in the
+// registry, and the error texts and boxes.
+#include "VellBase.h"
+
+#include "base/error_text.h"
+#include "display/ddraw_errors.h"
+#include "display/graphics_mode.h"
+#include "display/surface_util.h"
+
+#include <cstring>
+#include <new>
+
+#ifdef _WIN64
+static_assert(sizeof(TDirectDraw) == 74, "TDirectDraw must stay byte-packed");
+static_assert(sizeof(structDeviceInfo) == 40, "structDeviceInfo must stay byte-packed");
+#else
+static_assert(sizeof(TDirectDraw) == 50, "TDirectDraw must be 50 bytes on 32-bit Windows");
+static_assert(sizeof(structDeviceInfo) == 28,
+              "structDeviceInfo must be 28 bytes on 32-bit Windows");
+static_assert(sizeof(DDSURFACEDESC) == 108, "the 32-bit surface description is 108 bytes");
+#endif
+
+namespace {
+
+const char kRegistryValue[] = "TDirectDraw::guidDevice";
+const char kZeroGuidText[] = "{00000000-0000-0000-0000-000000000000}";
+
+char *copyText(const char *text) {
+    if (text == nullptr) text = "";
+    const std::size_t size = std::strlen(text) + 1;
+    char *copy = new (std::nothrow) char[size];
+    if (copy != nullptr) std::memcpy(copy, text, size);
+    return copy;
+}
+
+BOOL WINAPI enumerateDevice(GUID *guid, LPSTR description, LPSTR driverName, LPVOID context) {
+    auto *display = static_cast<TDirectDraw *>(context);
+    display->lpBase->DebugOut("  Enumerating %s:\n", description != nullptr ? description : "");
+    vell::appendDevice(display->lpDeviceList, guid, description, driverName);
+    display->lpBase->DebugOut("  done.\n");
+    return TRUE;
+}
+
+} // namespace
+
+namespace vell {
+
+void appendDevice(structDeviceInfo *&list, const GUID *guid, const char *description,
+                  const char *driverName) {
+    auto *record = new (std::nothrow) structDeviceInfo();
+    if (record == nullptr) return;
+    if (guid != nullptr) record->guid = *guid;
+    record->lpszDescription = copyText(description);
+    record->lpszDriverName = copyText(driverName);
+    record->lpNext = nullptr;
+    structDeviceInfo **tail = &list;
+    while (*tail != nullptr)
+        tail = &(*tail)->lpNext;
+    *tail = record;
+}
+
+void freeDevices(structDeviceInfo *&list) {
+    while (list != nullptr) {
+        structDeviceInfo *next = list->lpNext;
+        delete[] list->lpszDescription;
+        delete[] list->lpszDriverName;
+        delete list;
+        list = next;
+    }
+}
+
+} // namespace vell
+
+TDirectDraw::TDirectDraw(TVellBase *base, unsigned long mode) {
+    lpBase = base;
+    hWnd = base->hWnd;
+    dwMode = mode;
+    lpPrimary = nullptr;
+    lpBack = nullptr;
+    lpDD = nullptr;
+    // Defined before Init: painting refuses mode 0 should the display not open.
+    dwGraphicsMode = vell::kModeNone;
+    wWhite = 0;
+    std::memset(&guidDevice, 0, sizeof guidDevice);
+
+    lpBase->DebugOut("Initializing DirectDraw:\n");
+    lpDeviceList = nullptr;
+    DirectDrawEnumerateA(enumerateDevice, this);
+    LoadRegistry();
+    Init();
+    lpBase->DebugOut("done.\n");
+}
+
+TDirectDraw::~TDirectDraw() {
+    lpBase->DebugOut("De-initializing DirectDraw:\n");
+    Exit();
+    SaveRegistry();
+    vell::freeDevices(lpDeviceList);
+    lpBase->DebugOut("done.\n");
+}
+
+int TDirectDraw::Init() {
+    lpDD = nullptr;
+    lpPrimary = nullptr;
+    lpBack = nullptr;
+
+    IDirectDraw *dd = nullptr;
+    HRESULT hr = DirectDrawCreate(&guidDevice, &dd, nullptr);
+    if (FAILED(hr)) return ErrorMessage(hr, "Unable to initialize DirectDraw(tm)!");
+    lpDD = dd;
+
+    const bool fullScreen = dwMode == 1;
+    hr = lpDD->SetCooperativeLevel(hWnd,
+                                   fullScreen ? DDSCL_EXCLUSIVE | DDSCL_FULLSCREEN : DDSCL_NORMAL);
+    if (FAILED(hr)) return ErrorMessage(hr, "Unable to set cooperative level of DirectDraw(tm)!");
+
+    if (fullScreen) {
+        hr = lpDD->SetDisplayMode(640, 480, 16);
+        if (FAILED(hr)) return ErrorMessage(hr, "Unable to set display mode!");
+    }
+
+    DDSURFACEDESC desc;
+    std::memset(&desc, 0, sizeof desc);
+    desc.dwSize = sizeof desc;
+    desc.dwFlags = DDSD_CAPS;
+    desc.ddsCaps.dwCaps = DDSCAPS_PRIMARYSURFACE;
+    if (fullScreen) {
+        desc.dwFlags |= DDSD_BACKBUFFERCOUNT;
+        desc.ddsCaps.dwCaps |= DDSCAPS_FLIP | DDSCAPS_COMPLEX;
+        desc.dwBackBufferCount = 1;
+    }
+    IDirectDrawSurface *surface = nullptr;
+    hr = lpDD->CreateSurface(&desc, &surface, nullptr);
+    if (FAILED(hr)) return ErrorMessage(hr, "Unable to create primary surface!");
+    hr = vell::querySurface2(surface, lpPrimary);
+    if (FAILED(hr)) return ErrorMessage(hr, "Unable to query interface of primary surface!");
+
+    lpPrimary->GetSurfaceDesc(&desc);
+    const vell::DisplayFormat format = vell::displayFormat(
+        desc.ddpfPixelFormat.dwRGBBitCount, desc.ddpfPixelFormat.dwGBitMask, fullScreen);
+    dwGraphicsMode = format.mode;
+    wWhite = format.white;
+    if (!fullScreen) return 1;
+
+    DDSCAPS caps = {DDSCAPS_BACKBUFFER};
+    IDirectDrawSurface2 *attached = nullptr;
+    hr = lpPrimary->GetAttachedSurface(&caps, &attached);
+    if (FAILED(hr)) return ErrorMessage(hr, "Unable to get back surface!");
+    hr = vell::querySurface2(attached, lpBack);
+    if (FAILED(hr)) return ErrorMessage(hr, "Unable to query interface of back surface!");
+    return 1;
+}
+
+int TDirectDraw::Exit() {
+    lpBase->DebugOut("  Releasing DirectDraw interfaces:\n");
+    if (lpPrimary != nullptr) {
+        lpPrimary->Release(); // the back buffer belongs to its flipping chain and goes with it
+        lpPrimary = nullptr;
+    }
+    lpBack = nullptr;
+    if (lpDD != nullptr) {
+        lpDD->Release();
+        lpDD = nullptr;
+    }
+    lpBase->DebugOut("  done.\n");
+    return 1;
+}
+
+void TDirectDraw::LoadRegistry() {
+    str2GUID(kZeroGuidText, &guidDevice);
+    char buffer[128] = {};
+    DWORD size = sizeof buffer - 1; // keeps a terminating zero whatever was stored
+    if (RegQueryValueExA(lpBase->hKey, kRegistryValue, nullptr, nullptr,
+                         reinterpret_cast<BYTE *>(buffer), &size) == ERROR_SUCCESS)
+        str2GUID(buffer, &guidDevice);
+}
+
+void TDirectDraw::SaveRegistry() {
+    char buffer[128];
+    GUID2str(guidDevice, buffer);
+    RegSetValueExA(lpBase->hKey, kRegistryValue, 0, REG_SZ, reinterpret_cast<BYTE *>(buffer),
+                   static_cast<DWORD>(std::strlen(buffer)));
+}
+
+int TDirectDraw::setDevice(_GUID guid) {
+    Exit();
+    guidDevice = guid;
+    return Init();
+}
+
+int TDirectDraw::RestoreAll() {
+    return 0;
+}
+
+void TDirectDraw::getErrorString(int hr, char *lpszError) {
+    if (lpszError != nullptr) vell::directDrawErrorText(hr, lpszError);
+}
+
+bool TDirectDraw::ErrorMessage(int hr, const char *lpszText) {
+    char codeText[512];
+    getErrorString(hr, codeText);
+    char message[1024];
+    vell::composeErrorMessage(lpszText, codeText, message, sizeof message);
+    MessageBoxA(hWnd, message, "DirectDraw", MB_OK | MB_ICONERROR);
+    return false;
+}

@@ -1,0 +1,33 @@
+// Small helpers shared by the display's source files (Windows side).
+#ifndef VELL_SURFACE_UTIL_H
+#define VELL_SURFACE_UTIL_H
+
+#include "VellBase.h"
+
+namespace vell {
+
+// IDirectDrawSurface2, 57805885-6EEC-11CF-9441-A82303C10E27.
+extern const GUID kIIDSurface2;
+
+// Queries surface for IDirectDrawSurface2 into out and releases surface either way: the queried
+// interface keeps the surface alive. out is null on failure.
+template <class Surface> HRESULT querySurface2(Surface *surface, IDirectDrawSurface2 *&out) {
+    out = nullptr;
+    void *queried = nullptr;
+    const HRESULT hr = surface->QueryInterface(kIIDSurface2, &queried);
+    surface->Release();
+    if (SUCCEEDED(hr)) out = static_cast<IDirectDrawSurface2 *>(queried);
+    return hr;
+}
+
+// Width and height of a surface (zeros when it cannot be described).
+void surfaceSize(IDirectDrawSurface2 *surface, DWORD &width, DWORD &height);
+
+// The device list: appended at the tail in enumeration order, freed from the head.
+void appendDevice(structDeviceInfo *&list, const GUID *guid, const char *description,
+                  const char *driverName);
+void freeDevices(structDeviceInfo *&list);
+
+} // namespace vell
+
+#endif

@@ -1,14 +1,21 @@
 // The VellBase demo: a small client program that uses the library the way a game would.
 //
 // It opens its window, constructs the application base object with the debug log on
-// (VellDemo.log in the current directory), and runs a frame loop for a few seconds.
+// (VellDemo.log in the current directory), opens the display full screen (640x480 at 16 bits),
+// builds a tiled background from the bitmap resource TILE, loads two sprites from the bitmap files
+// beside the program, and runs a frame loop: background, sprites moving and clipped at the screen's
+// edges, a line of status text, flip. Escape ends it early.
 //
 //   VellDemo.exe [seconds]      (default 3)
 #include "VellBase.h"
 
 #include "demo_ids.h"
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
 
 namespace {
 
@@ -17,6 +24,9 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     case WM_KEYDOWN:
         if (wParam == VK_ESCAPE) DestroyWindow(window);
         return 0;
+    case WM_SETCURSOR:
+        SetCursor(nullptr);
+        return TRUE;
     case WM_DESTROY:
         PostQuitMessage(0);
         return 0;
@@ -29,18 +39,53 @@ HWND createMainWindow(HINSTANCE instance, const char *title) {
     WNDCLASSA windowClass = {};
     windowClass.lpfnWndProc = windowProc;
     windowClass.hInstance = instance;
-    windowClass.hCursor = LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW));
     windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
     windowClass.lpszClassName = "VellDemoWindow";
     if (!RegisterClassA(&windowClass)) return nullptr;
-    HWND window =
-        CreateWindowExA(0, windowClass.lpszClassName, title, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT,
-                        CW_USEDEFAULT, 640, 480, nullptr, nullptr, instance, nullptr);
+    HWND window = CreateWindowExA(WS_EX_TOPMOST, windowClass.lpszClassName, title, WS_POPUP, 0, 0,
+                                  640, 480, nullptr, nullptr, instance, nullptr);
     if (window != nullptr) {
         ShowWindow(window, SW_SHOW);
         UpdateWindow(window);
     }
     return window;
+}
+
+std::string besideProgram(const char *name) {
+    char path[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    std::string dir = path;
+    dir.resize(dir.find_last_of('\\') + 1);
+    return dir + name;
+}
+
+// A sprite surface whose magenta pixels are transparent.
+IDirectDrawSurface2 *loadSprite(TDirectDraw &display, const char *file) {
+    IDirectDrawSurface2 *sprite = nullptr;
+    const std::string path = besideProgram(file);
+    if (!display.CreateSurface(sprite, 0, 0, path.c_str())) {
+        if (sprite != nullptr) sprite->Release();
+        return nullptr;
+    }
+    const unsigned long magenta = display.ColorMatch(sprite, RGB(255, 0, 255));
+    DDCOLORKEY key = {magenta, magenta};
+    sprite->SetColorKey(DDCKEY_SRCBLT, &key);
+    return sprite;
+}
+
+struct Mover {
+    float x, y, vx, vy;
+};
+
+void drawStatus(IDirectDrawSurface2 *surface, const char *text) {
+    HDC dc = nullptr;
+    if (FAILED(surface->GetDC(&dc))) return;
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, RGB(0, 0, 0));
+    TextOutA(dc, 11, 11, text, static_cast<int>(std::strlen(text)));
+    SetTextColor(dc, RGB(255, 255, 255));
+    TextOutA(dc, 10, 10, text, static_cast<int>(std::strlen(text)));
+    surface->ReleaseDC(dc);
 }
 
 } // namespace
@@ -49,8 +94,6 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
     const DWORD seconds = commandLine && *commandLine ? std::strtoul(commandLine, nullptr, 10) : 3;
 
     TVellBase base(instance, IDS_DEMO_APPNAME, IDS_DEMO_REGKEY, true);
-    base.DebugOut("VellDemo: base object ready, application \"%s\"\n", base.lpszAppName);
-
     char title[128] = "VellBase demo";
     if (const char *text = base.getString(IDS_DEMO_TITLE)) lstrcpynA(title, text, sizeof title);
     base.hWnd = createMainWindow(instance, title);
@@ -58,23 +101,77 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
         base.DebugOut("VellDemo: cannot create the main window (error %lu)\n", GetLastError());
         return 1;
     }
-    base.DebugOut("VellDemo: window created\n");
 
-    const DWORD start = GetTickCount();
-    DWORD frames = 0;
-    MSG message;
-    bool running = true;
-    while (running && GetTickCount() - start < seconds * 1000) {
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == WM_QUIT) running = false;
-            TranslateMessage(&message);
-            DispatchMessageA(&message);
+    int status = 0;
+    {
+        TDirectDraw display(&base, 1);
+        if (display.lpBack == nullptr) {
+            base.DebugOut("VellDemo: the display did not open full screen\n");
+            status = 1;
+        } else {
+            base.DebugOut("VellDemo: graphics mode %lu, white 0x%04X\n", display.dwGraphicsMode,
+                          display.wWhite);
+            IDirectDrawSurface2 *background = nullptr;
+            display.CreateSurface(background, 640, 480, "TILE"); // tiled from the resource
+            IDirectDrawSurface2 *ship = loadSprite(display, "ship.bmp");
+            IDirectDrawSurface2 *rock = loadSprite(display, "rock.bmp");
+
+            // Rocks drift across and leave the screen on every side; the blits clip them.
+            // Motion follows the clock (pixels per second), frames are paced at 60 per second.
+            const Mover rocks[] = {{-20, 60, 90, 25},   {600, 420, -110, -45}, {300, -20, 15, 80},
+                                   {100, 300, 60, -95}, {500, 100, -80, 70},   {20, 200, -70, 10},
+                                   {620, 250, 50, -20}, {400, 470, -30, 60},   {200, 10, 40, -55},
+                                   {560, 30, 100, 100}};
+            const DWORD start = GetTickCount();
+            DWORD frames = 0;
+            MSG message;
+            bool running = true;
+            for (DWORD now = start; running && now - start < seconds * 1000; now = GetTickCount()) {
+                while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+                    if (message.message == WM_QUIT) running = false;
+                    TranslateMessage(&message);
+                    DispatchMessageA(&message);
+                }
+                const float t = static_cast<float>(now - start) / 1000.0f;
+                RECT whole = display.CreateRect(0, 0, 640, 480);
+                if (background != nullptr)
+                    display.Blit(display.lpBack, 0, 0, background, &whole, 0);
+                else
+                    display.ClearSurface(display.lpBack, 0);
+
+                for (const Mover &r : rocks) {
+                    // Wrapped into [-40, 680) and [-40, 520): every rock crosses every edge.
+                    const int x = static_cast<int>(std::fmod(
+                                      std::fmod(r.x + 40 + r.vx * t, 720.f) + 720.f, 720.f)) -
+                                  40;
+                    const int y = static_cast<int>(std::fmod(
+                                      std::fmod(r.y + 40 + r.vy * t, 560.f) + 560.f, 560.f)) -
+                                  40;
+                    RECT part = display.CreateRect(0, 0, 24, 24);
+                    if (rock != nullptr)
+                        display.Blit(display.lpBack, x, y, rock, &part, DDBLT_KEYSRC | DDBLT_WAIT);
+                }
+                RECT part = display.CreateRect(0, 0, 32, 32);
+                if (ship != nullptr)
+                    display.Blit(display.lpBack, 304 + static_cast<int>(330 * std::sin(1.3f * t)),
+                                 380 + static_cast<int>(40 * std::sin(2.6f * t)), ship, &part,
+                                 DDBLT_KEYSRC | DDBLT_WAIT);
+
+                char text[96];
+                std::snprintf(text, sizeof text, "VellBase demo - frame %lu, %.1f s", frames, t);
+                drawStatus(display.lpBack, text);
+                if (!display.Flip()) Sleep(10);
+                ++frames;
+                const DWORD due = start + frames * 1000 / 60;
+                const DWORD after = GetTickCount();
+                if (static_cast<LONG>(due - after) > 0) Sleep(due - after);
+            }
+            base.DebugOut("VellDemo: %lu frames in %lu ms\n", frames, GetTickCount() - start);
+            for (IDirectDrawSurface2 *s : {background, ship, rock})
+                if (s != nullptr) s->Release();
         }
-        ++frames;
-        Sleep(16);
     }
-    base.DebugOut("VellDemo: %lu frames in %lu ms\n", frames, GetTickCount() - start);
     if (IsWindow(base.hWnd)) DestroyWindow(base.hWnd);
     base.DebugOut("VellDemo: done\n");
-    return 0;
+    return status;
 }

@@ -2,13 +2,14 @@
 // registry, and the error texts and boxes.
 #include "VellBase.h"
 
+#include "base/device_list.h"
 #include "base/error_text.h"
+#include "base/registry.h"
 #include "display/ddraw_errors.h"
 #include "display/graphics_mode.h"
 #include "display/surface_util.h"
 
 #include <cstring>
-#include <new>
 
 #ifdef _WIN64
 static_assert(sizeof(TDirectDraw) == 74, "TDirectDraw must stay byte-packed");
@@ -23,53 +24,13 @@ static_assert(sizeof(DDSURFACEDESC) == 108, "the 32-bit surface description is 1
 namespace {
 
 const char kRegistryValue[] = "TDirectDraw::guidDevice";
-const char kZeroGuidText[] = "{00000000-0000-0000-0000-000000000000}";
-
-char *copyText(const char *text) {
-    if (text == nullptr) text = "";
-    const std::size_t size = std::strlen(text) + 1;
-    char *copy = new (std::nothrow) char[size];
-    if (copy != nullptr) std::memcpy(copy, text, size);
-    return copy;
-}
 
 BOOL WINAPI enumerateDevice(GUID *guid, LPSTR description, LPSTR driverName, LPVOID context) {
-    auto *display = static_cast<TDirectDraw *>(context);
-    display->lpBase->DebugOut("  Enumerating %s:\n", description != nullptr ? description : "");
-    vell::appendDevice(display->lpDeviceList, guid, description, driverName);
-    display->lpBase->DebugOut("  done.\n");
-    return TRUE;
+    vell::enumerateDevice(static_cast<TDirectDraw *>(context), guid, description, driverName);
+    return TRUE; // go on
 }
 
 } // namespace
-
-namespace vell {
-
-void appendDevice(structDeviceInfo *&list, const GUID *guid, const char *description,
-                  const char *driverName) {
-    auto *record = new (std::nothrow) structDeviceInfo();
-    if (record == nullptr) return;
-    if (guid != nullptr) record->guid = *guid;
-    record->lpszDescription = copyText(description);
-    record->lpszDriverName = copyText(driverName);
-    record->lpNext = nullptr;
-    structDeviceInfo **tail = &list;
-    while (*tail != nullptr)
-        tail = &(*tail)->lpNext;
-    *tail = record;
-}
-
-void freeDevices(structDeviceInfo *&list) {
-    while (list != nullptr) {
-        structDeviceInfo *next = list->lpNext;
-        delete[] list->lpszDescription;
-        delete[] list->lpszDriverName;
-        delete list;
-        list = next;
-    }
-}
-
-} // namespace vell
 
 TDirectDraw::TDirectDraw(TVellBase *base, unsigned long mode) {
     lpBase = base;
@@ -167,19 +128,11 @@ int TDirectDraw::Exit() {
 }
 
 void TDirectDraw::LoadRegistry() {
-    str2GUID(kZeroGuidText, &guidDevice);
-    char buffer[128] = {};
-    DWORD size = sizeof buffer - 1; // keeps a terminating zero whatever was stored
-    if (RegQueryValueExA(lpBase->hKey, kRegistryValue, nullptr, nullptr,
-                         reinterpret_cast<BYTE *>(buffer), &size) == ERROR_SUCCESS)
-        str2GUID(buffer, &guidDevice);
+    vell::loadGuid(lpBase->hKey, kRegistryValue, guidDevice);
 }
 
 void TDirectDraw::SaveRegistry() {
-    char buffer[128];
-    GUID2str(guidDevice, buffer);
-    RegSetValueExA(lpBase->hKey, kRegistryValue, 0, REG_SZ, reinterpret_cast<BYTE *>(buffer),
-                   static_cast<DWORD>(std::strlen(buffer)));
+    vell::saveGuid(lpBase->hKey, kRegistryValue, guidDevice);
 }
 
 int TDirectDraw::setDevice(_GUID guid) {

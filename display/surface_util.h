@@ -23,11 +23,6 @@ template <class Surface> HRESULT querySurface2(Surface *surface, IDirectDrawSurf
 // Width and height of a surface (zeros when it cannot be described).
 void surfaceSize(IDirectDrawSurface2 *surface, DWORD &width, DWORD &height);
 
-// The device list: appended at the tail in enumeration order, freed from the head.
-void appendDevice(structDeviceInfo *&list, const GUID *guid, const char *description,
-                  const char *driverName);
-void freeDevices(structDeviceInfo *&list);
-
 } // namespace vell
 
 #endif

@@ -38,6 +38,7 @@
 #include <windows.h>
 
 #include <ddraw.h>
+#include <dsound.h>
 
 #if defined(VELLBASE_BUILD)
 #define VELLBASE_API __declspec(dllexport)
@@ -161,6 +162,60 @@ public:
     // Error texts: getErrorString writes at most 126 bytes; ErrorMessage shows the box and
     // returns false.
     void getErrorString(int hr, char *lpszError);
+    bool ErrorMessage(int hr, const char *lpszText);
+};
+
+// One loaded sound: nBuffers voices sharing one sample buffer (lpdsBuffer[0] holds the samples,
+// the others are duplicates of it); iNext is the voice the next playSound starts. Owned by the
+// client from TDirectSound::newSound to TDirectSound::deleteSound.
+struct VELLBASE_API structDirectSoundBuffer {
+    IDirectSoundBuffer **lpdsBuffer;
+    int iNext;
+    int nBuffers;
+};
+
+// The sound device. Constructed after TVellBase::hWnd is set; opens the device named by
+// guidDevice at the normal cooperative level. A device that cannot be opened shows one message box
+// captioned "DirectSound" and switches sound off for good: dwDisable is saved, so later runs stay
+// silent (and show no box) until the registry value "TDirectSound::dwDisable" is 0 or removed.
+//
+// Persisted in the base object's key: "TDirectSound::dwDisable" (REG_DWORD, default 0; a value of
+// another type disables sound), "TDirectSound::dwVolume" (REG_DWORD, default 5),
+// "TDirectSound::guidDevice" (REG_SZ, default the all-zero GUID = the default device).
+class VELLBASE_API TDirectSound {
+public:
+    TVellBase *lpBase;
+    IDirectSound *lpDS; // null while closed
+    structDeviceInfo *lpDeviceList;
+    DWORD dwDisable;  // nonzero: sound is off
+    DWORD dwVolume;   // master attenuation in 1/100 dB: 0 full, 10000 silent
+    _GUID guidDevice; // all zeros: the default device
+
+    explicit TDirectSound(TVellBase *base);
+    ~TDirectSound();
+    TDirectSound(const TDirectSound &) = delete;
+    TDirectSound &operator=(const TDirectSound &) = delete;
+
+    void LoadRegistry();
+    void SaveRegistry();
+    int Init();                // 1 when open; 0 when disabled or (after a box) failed
+    int Exit();                // 1
+    bool isPlaying();          // false: the object keeps no record of playing sounds
+    int setDevice(_GUID guid); // Exit, take guid, Init; Init's result
+    // The master volume on a logarithmic scale: 100 full, each halving about 15 dB quieter, 1 (and
+    // 0) -100 dB; over 100 counts as 100. getVolume gives back exactly what setVolume took (1-100).
+    int getVolume();
+    void setVolume(unsigned long volume);
+    void Update(); // nothing to do
+
+    // A RIFF/WAVE file with "fmt " and then "data" chunks, played as 22050 Hz 16-bit mono PCM
+    // whatever its header says, with up to nBuffers voices (at least 1). Null on failure.
+    structDirectSoundBuffer *newSound(const char *lpszFileName, int nBuffers);
+    void deleteSound(structDirectSoundBuffer *lpSound); // null is fine
+    // Starts the next voice once at the master volume; 1 when started.
+    int playSound(structDirectSoundBuffer *lpSound);
+
+    void getErrorString(int hr, char *lpszError); // at most 87 bytes
     bool ErrorMessage(int hr, const char *lpszText);
 };
 

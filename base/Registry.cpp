@@ -1,0 +1,23 @@
+#include "base/registry.h"
+
+#include <cstring>
+
+namespace vell {
+
+void loadGuid(HKEY key, const char *name, GUID &guid) {
+    str2GUID("{00000000-0000-0000-0000-000000000000}", &guid);
+    char buffer[128] = {};
+    DWORD size = sizeof buffer - 1; // a terminating zero stays, whatever was stored
+    if (RegQueryValueExA(key, name, nullptr, nullptr, reinterpret_cast<BYTE *>(buffer), &size) ==
+        ERROR_SUCCESS)
+        str2GUID(buffer, &guid);
+}
+
+void saveGuid(HKEY key, const char *name, const GUID &guid) {
+    char buffer[128];
+    GUID2str(guid, buffer);
+    RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<BYTE *>(buffer),
+                   static_cast<DWORD>(std::strlen(buffer)));
+}
+
+} // namespace vell

@@ -4,7 +4,9 @@
 // (VellDemo.log in the current directory), opens the display full screen (640x480 at 16 bits),
 // builds a tiled background from the bitmap resource TILE, loads two sprites from the bitmap files
 // beside the program, and runs a frame loop: background, sprites moving and clipped at the screen's
-// edges, a line of status text, flip. Escape ends it early.
+// edges, a line of status text, flip. Sound effects (wave files beside the program) play at a
+// master volume of 70 when a rock leaves the screen and when the ship turns; without a sound
+// device the demo runs silently. Escape ends it early.
 //
 //   VellDemo.exe [seconds]      (default 3)
 #include "VellBase.h"
@@ -105,6 +107,13 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
     int status = 0;
     {
         TDirectDraw display(&base, 1);
+        TDirectSound sound(&base);
+        sound.setVolume(70);
+        const std::string blipFile = besideProgram("blip.wav");
+        const std::string whooshFile = besideProgram("whoosh.wav");
+        structDirectSoundBuffer *blip = sound.newSound(blipFile.c_str(), 2);
+        structDirectSoundBuffer *whoosh = sound.newSound(whooshFile.c_str(), 4);
+        base.DebugOut("VellDemo: sound %s\n", sound.lpDS != nullptr ? "on" : "off");
         if (display.lpBack == nullptr) {
             base.DebugOut("VellDemo: the display did not open full screen\n");
             status = 1;
@@ -124,6 +133,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                                    {560, 30, 100, 100}};
             const DWORD start = GetTickCount();
             DWORD frames = 0;
+            int previousX[sizeof rocks / sizeof rocks[0]] = {};
+            float previousShipX = 0, previousStep = 0;
             MSG message;
             bool running = true;
             for (DWORD now = start; running && now - start < seconds * 1000; now = GetTickCount()) {
@@ -139,7 +150,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 else
                     display.ClearSurface(display.lpBack, 0);
 
-                for (const Mover &r : rocks) {
+                for (std::size_t i = 0; i < sizeof rocks / sizeof rocks[0]; ++i) {
+                    const Mover &r = rocks[i];
                     // Wrapped into [-40, 680) and [-40, 520): every rock crosses every edge.
                     const int x = static_cast<int>(std::fmod(
                                       std::fmod(r.x + 40 + r.vx * t, 720.f) + 720.f, 720.f)) -
@@ -147,13 +159,21 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                     const int y = static_cast<int>(std::fmod(
                                       std::fmod(r.y + 40 + r.vy * t, 560.f) + 560.f, 560.f)) -
                                   40;
+                    // A jump of the wrapped position: the rock left the screen.
+                    if (frames > 0 && std::abs(x - previousX[i]) > 300) sound.playSound(whoosh);
+                    previousX[i] = x;
                     RECT part = display.CreateRect(0, 0, 24, 24);
                     if (rock != nullptr)
                         display.Blit(display.lpBack, x, y, rock, &part, DDBLT_KEYSRC | DDBLT_WAIT);
                 }
+                const float shipX = 330 * std::sin(1.3f * t);
+                const float step = shipX - previousShipX;
+                if (frames > 1 && (step > 0) != (previousStep > 0)) sound.playSound(blip); // turned
+                previousShipX = shipX;
+                previousStep = step;
                 RECT part = display.CreateRect(0, 0, 32, 32);
                 if (ship != nullptr)
-                    display.Blit(display.lpBack, 304 + static_cast<int>(330 * std::sin(1.3f * t)),
+                    display.Blit(display.lpBack, 304 + static_cast<int>(shipX),
                                  380 + static_cast<int>(40 * std::sin(2.6f * t)), ship, &part,
                                  DDBLT_KEYSRC | DDBLT_WAIT);
 
@@ -170,6 +190,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             for (IDirectDrawSurface2 *s : {background, ship, rock})
                 if (s != nullptr) s->Release();
         }
+        sound.deleteSound(blip);
+        sound.deleteSound(whoosh);
     }
     if (IsWindow(base.hWnd)) DestroyWindow(base.hWnd);
     base.DebugOut("VellDemo: done\n");

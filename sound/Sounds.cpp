@@ -15,7 +15,8 @@ static_assert(sizeof(DSBUFFERDESC1) == 20, "the DirectX 3 buffer description is 
 namespace {
 
 // "Falsche Größe\n": the log, like every text of the library, is in the ANSI code page (1252).
-const char kWrongSize[] = "Falsche Gr\xF6\xDF" "e\n";
+const char kWrongSize[] = "Falsche Gr\xF6\xDF"
+                          "e\n";
 
 // A multimedia file and the scratch block of its "fmt " chunk, both let go however newSound ends.
 struct WaveFile {

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the demo (x86_64) and runs it under wine64, installing what it needs first.
 # With DISPLAY set it shows on that screen; otherwise it runs on a private 16-bit Xvfb screen.
-# Its log (and screenshot) are left in build/demo.
+# Its log, a screenshot and (on the private sound server) a recording are left in build/demo.
 #   tools/demo.sh [seconds]
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
@@ -15,18 +15,26 @@ cmake --build --preset win64 --target vell_demo VellBase
 vell_wine_prefix
 own_screen=no
 if [ -z "${DISPLAY:-}" ]; then
-    DISPLAY=$(vell_start_xvfb 16)
-    export DISPLAY
+    vell_start_xvfb DISPLAY 16
     own_screen=yes
 fi
-# Sound goes to the user's own sound server when there is one, else to a private null sink.
-pactl info >/dev/null 2>&1 || vell_start_pulse || true
+# Sound goes to the user's own sound server when there is one, else to a private null sink,
+# whose monitor is recorded to build/demo/sound.wav.
+own_sink=no
+if ! pactl info >/dev/null 2>&1; then
+    vell_start_pulse && own_sink=yes
+fi
 
 out=$VELL_BUILD/demo
 mkdir -p "$out"
 rm -f "$out/VellDemo.log"
 vell_log "running the demo for $seconds s on display $DISPLAY"
-rm -f "$out/screenshot.png"
+rm -f "$out/screenshot.png" "$out/sound.wav"
+if [ "$own_sink" = yes ]; then
+    parec -d vell_sink.monitor --rate=22050 --channels=1 --format=s16le --file-format=wav \
+        "$out/sound.wav" &
+    VELL_CLEANUP+=("kill $!")
+fi
 (cd "$out" && exec "$VELL_WINE" "$VELL_BUILD/win64/bin/VellDemo.exe" "$seconds") &
 demo=$!
 # The screenshot is taken half way through the run (Wine takes about two seconds to start).
@@ -42,4 +50,10 @@ wait "$demo" || status=$?
 echo "demo log: $out/VellDemo.log"
 [ -f "$out/VellDemo.log" ] && sed 's/^/  | /' "$out/VellDemo.log"
 [ -f "$out/screenshot.png" ] && echo "screenshot: $out/screenshot.png"
+if [ "$own_sink" = yes ]; then
+    sleep 0.5
+    vell_cleanup_last # stops the recording
+    [ -s "$out/sound.wav" ] && echo "sound: $out/sound.wav (what the demo played; peak" \
+        "$(sox "$out/sound.wav" -n stat 2>&1 | awk '/Maximum amplitude/ { print $3 }') of full scale)"
+fi
 exit $status

@@ -3,7 +3,7 @@
 #   vell_install_packages    Debian packages the project needs, installed when missing
 #   vell_wine_prefix         the Wine prefix inside the build tree (build/wine), made once
 #   vell_plain_prefix        a second one without Wine's virtual desktop (build/wine-plain)
-#   vell_start_xvfb DEPTH    an Xvfb screen of 1024x768 at DEPTH bits; prints its display (":N")
+#   vell_start_xvfb VAR DEPTH  an Xvfb screen of 1024x768 at DEPTH bits; exports VAR=":N"
 #   vell_start_pulse         a private PulseAudio daemon with a null sink "vell_sink"
 #
 # Everything started here is stopped on exit (the trap below); nothing that was already running is
@@ -27,6 +27,13 @@ vell_cleanup() {
         eval "${VELL_CLEANUP[i]}" >/dev/null 2>&1 || true
     done
     VELL_CLEANUP=()
+}
+# Runs and forgets the most recent clean-up step (to stop something before the end).
+vell_cleanup_last() {
+    local n=${#VELL_CLEANUP[@]}
+    [ "$n" -gt 0 ] || return 0
+    eval "${VELL_CLEANUP[n - 1]}" >/dev/null 2>&1 || true
+    unset "VELL_CLEANUP[n - 1]"
 }
 trap vell_cleanup EXIT
 trap 'exit 130' INT TERM
@@ -95,9 +102,10 @@ vell_plain_prefix() {
     export VELL_WINEPREFIX_PLAIN=$VELL_BUILD/wine-plain
 }
 
-# Starts Xvfb on a free display number and prints the display name.
+# vell_start_xvfb VAR DEPTH: starts Xvfb on a free display number and exports VAR=":N". Runs in
+# the calling shell (not in $(...)), so that its clean-up step is remembered.
 vell_start_xvfb() {
-    local depth=${1:-16} fifo pid display
+    local var=$1 depth=${2:-16} fifo pid display=
     fifo=$(mktemp -u) && mkfifo "$fifo"
     Xvfb -displayfd 3 -screen 0 "1024x768x$depth" -nolisten tcp 3>"$fifo" >/dev/null 2>&1 &
     pid=$!
@@ -109,7 +117,7 @@ vell_start_xvfb() {
         return 1
     fi
     VELL_CLEANUP+=("kill $pid")
-    echo ":$display"
+    export "$var=:$display"
 }
 
 # A private PulseAudio daemon (own XDG_RUNTIME_DIR in the build tree) with a null sink whose
@@ -119,6 +127,7 @@ vell_start_pulse() {
     mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
     export PULSE_SINK=vell_sink
     if pactl info >/dev/null 2>&1; then
+        pactl set-default-source vell_sink.monitor >/dev/null 2>&1
         return 0
     fi
     pulseaudio -D --exit-idle-time=-1 -n \
@@ -134,4 +143,7 @@ vell_start_pulse() {
         return 1
     fi
     VELL_CLEANUP+=("XDG_RUNTIME_DIR='$XDG_RUNTIME_DIR' pulseaudio -k")
+    # What plays on the sink is what programs record: the sound tests listen to themselves.
+    pactl set-default-sink vell_sink >/dev/null 2>&1
+    pactl set-default-source vell_sink.monitor >/dev/null 2>&1
 }

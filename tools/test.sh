@@ -53,9 +53,8 @@ run_ctest host -j2
 vell_log "Windows tests under wine64"
 vell_wine_prefix
 vell_plain_prefix
-DISPLAY=$(vell_start_xvfb 16)
-VELL_DISPLAY24=$(vell_start_xvfb 24)
-export DISPLAY VELL_DISPLAY24
+vell_start_xvfb DISPLAY 16
+vell_start_xvfb VELL_DISPLAY24 24
 vell_start_pulse || true
 run_ctest win64
 

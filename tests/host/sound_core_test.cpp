@@ -85,8 +85,9 @@ TEST(DirectSoundErrors, MessageOfTheFailedDevice) {
     char message[1024];
     vell::composeErrorMessage("ERROR: Unable to initialize DirectSound!", codeText, message,
                               sizeof message);
-    EXPECT_STREQ(message,
-                 "ERROR: Unable to initialize DirectSound!\n\nNo sound driver is available for use!");
+    EXPECT_STREQ(
+        message,
+        "ERROR: Unable to initialize DirectSound!\n\nNo sound driver is available for use!");
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include "VellBase.h"
 
 #include "base/device_list.h"
-#include "base/error_text.h"
+#include "base/error_box.h"
 #include "base/registry.h"
 #include "display/ddraw_errors.h"
 #include "display/graphics_mode.h"
@@ -152,8 +152,5 @@ void TDirectDraw::getErrorString(int hr, char *lpszError) {
 bool TDirectDraw::ErrorMessage(int hr, const char *lpszText) {
     char codeText[512];
     getErrorString(hr, codeText);
-    char message[1024];
-    vell::composeErrorMessage(lpszText, codeText, message, sizeof message);
-    MessageBoxA(hWnd, message, "DirectDraw", MB_OK | MB_ICONERROR);
-    return false;
+    return vell::showErrorBox(hWnd, "DirectDraw", lpszText, codeText); // the handle copied at birth
 }

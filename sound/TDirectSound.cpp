@@ -3,7 +3,7 @@
 #include "VellBase.h"
 
 #include "base/device_list.h"
-#include "base/error_text.h"
+#include "base/error_box.h"
 #include "base/registry.h"
 #include "sound/dsound_errors.h"
 #include "sound/volume.h"
@@ -148,8 +148,5 @@ void TDirectSound::getErrorString(int hr, char *lpszError) {
 bool TDirectSound::ErrorMessage(int hr, const char *lpszText) {
     char codeText[512];
     getErrorString(hr, codeText);
-    char message[1024];
-    vell::composeErrorMessage(lpszText, codeText, message, sizeof message);
-    MessageBoxA(lpBase->hWnd, message, "DirectSound", MB_OK | MB_ICONERROR);
-    return false;
+    return vell::showErrorBox(lpBase->hWnd, "DirectSound", lpszText, codeText); // as it is now
 }

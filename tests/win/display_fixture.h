@@ -13,32 +13,14 @@
 
 namespace vtest {
 
-class DisplayTest : public VellTest {
+class DisplayTest : public ClientTest {
 protected:
-    void SetUp() override {
-        VellTest::SetUp();
-        base.emplace(testModule(), IDS_APPNAME, IDS_REGKEY, true);
-        window = createTestWindow();
-        base->hWnd = window;
-    }
-    void TearDown() override {
-        display.reset();
-        base.reset();
-        if (window != nullptr) DestroyWindow(window);
-        VellTest::TearDown();
-    }
+    void closeDevice() override { display.reset(); }
 
     // Opens the display, full screen unless told otherwise.
     TDirectDraw &open(unsigned long mode = 1) {
         display.emplace(&*base, mode);
         return *display;
-    }
-
-    // Closes the display and the base object; returns the log.
-    std::string closeAndReadLog() {
-        display.reset();
-        base.reset();
-        return readFile("VellTest.log").value_or("<no log>");
     }
 
     // An off-screen surface of the display, w by h, with nothing in it.
@@ -48,9 +30,7 @@ protected:
         return s;
     }
 
-    std::optional<TVellBase> base;
     std::optional<TDirectDraw> display;
-    HWND window = nullptr;
 };
 
 // Skips a test that needs the 16-bit X screen when running on the true-colour one (which reports

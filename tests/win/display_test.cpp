@@ -2,8 +2,6 @@
 // device list, the device choice in the registry, failures and their message boxes.
 #include "display_fixture.h"
 
-#include <vector>
-
 namespace {
 
 using vtest::DisplayTest;
@@ -12,29 +10,8 @@ using vtest::writeTestValue;
 
 const char kZeroText[] = "{00000000-0000-0000-0000-000000000000}";
 
-struct Device {
-    GUID guid;
-    std::string description, driver;
-};
-
-BOOL WINAPI collect(GUID *guid, LPSTR description, LPSTR driver, LPVOID context) {
-    Device d = {};
-    if (guid != nullptr) d.guid = *guid;
-    d.description = description;
-    d.driver = driver;
-    static_cast<std::vector<Device> *>(context)->push_back(d);
-    return TRUE;
-}
-
-// The log the constructor writes for the machine's devices, as the platform enumerates them.
-std::string constructionLog(std::vector<Device> *devices = nullptr) {
-    std::vector<Device> found;
-    DirectDrawEnumerateA(collect, &found);
-    std::string log = "Initializing DirectDraw:\n";
-    for (const Device &d : found)
-        log += "  Enumerating " + d.description + ":\n  done.\n";
-    if (devices != nullptr) *devices = found;
-    return log + "done.\n";
+std::string constructionLog() {
+    return vtest::constructionLog("DirectDraw", vtest::displayDevices());
 }
 
 const std::string kDestructionLog =
@@ -65,19 +42,11 @@ TEST_F(DisplayTest, FullScreenOpensAt640By480With5_6_5) {
     }
     EXPECT_TRUE(boxes->boxes().empty());
 
-    std::vector<Device> devices;
-    const std::string expected = constructionLog(&devices) + kDestructionLog;
     // The device list mirrors the enumeration, in order, with own copies of the texts.
-    const structDeviceInfo *record = dd.lpDeviceList;
-    for (const Device &d : devices) {
-        ASSERT_NE(record, nullptr);
-        EXPECT_TRUE(IsEqualGUID(record->guid, d.guid));
-        EXPECT_EQ(record->lpszDescription, d.description);
-        EXPECT_EQ(record->lpszDriverName, d.driver);
-        record = record->lpNext;
-    }
-    EXPECT_EQ(record, nullptr);
+    const auto devices = vtest::displayDevices();
+    vtest::expectDeviceList(dd.lpDeviceList, devices);
     ASSERT_FALSE(devices.empty());
+    const std::string expected = constructionLog() + kDestructionLog;
     EXPECT_TRUE(IsEqualGUID(dd.lpDeviceList->guid, GUID_NULL)); // the primary driver
 
     EXPECT_EQ(closeAndReadLog(), expected);

@@ -266,6 +266,77 @@ void VellTest::SetUp() {
     boxes.emplace();
 }
 
+void ClientTest::SetUp() {
+    VellTest::SetUp();
+    base.emplace(testModule(), IDS_APPNAME, IDS_REGKEY, true);
+    window = createTestWindow();
+    base->hWnd = window;
+}
+
+void ClientTest::TearDown() {
+    closeDevice();
+    base.reset();
+    if (window != nullptr) DestroyWindow(window);
+    VellTest::TearDown();
+}
+
+std::string ClientTest::closeAndReadLog() {
+    closeDevice();
+    base.reset();
+    return readFile("VellTest.log").value_or("<no log>");
+}
+
+// ---- device lists ------------------------------------------------------------------------------
+
+namespace {
+void addDevice(const GUID *guid, const char *description, const char *driver, void *context) {
+    EnumeratedDevice d = {};
+    if (guid != nullptr) d.guid = *guid;
+    d.description = description;
+    d.driver = driver;
+    static_cast<std::vector<EnumeratedDevice> *>(context)->push_back(d);
+}
+BOOL WINAPI addDisplay(GUID *guid, LPSTR description, LPSTR driver, LPVOID context) {
+    addDevice(guid, description, driver, context);
+    return TRUE;
+}
+BOOL CALLBACK addSound(LPGUID guid, LPCSTR description, LPCSTR module, LPVOID context) {
+    addDevice(guid, description, module, context);
+    return TRUE;
+}
+} // namespace
+
+std::vector<EnumeratedDevice> displayDevices() {
+    std::vector<EnumeratedDevice> found;
+    DirectDrawEnumerateA(addDisplay, &found);
+    return found;
+}
+
+std::vector<EnumeratedDevice> soundDevices() {
+    std::vector<EnumeratedDevice> found;
+    DirectSoundEnumerateA(addSound, &found);
+    return found;
+}
+
+std::string constructionLog(const char *what, const std::vector<EnumeratedDevice> &devices) {
+    std::string log = std::string("Initializing ") + what + ":\n";
+    for (const EnumeratedDevice &d : devices)
+        log += "  Enumerating " + d.description + ":\n  done.\n";
+    return log + "done.\n";
+}
+
+void expectDeviceList(const structDeviceInfo *record,
+                      const std::vector<EnumeratedDevice> &devices) {
+    for (const EnumeratedDevice &d : devices) {
+        ASSERT_NE(record, nullptr) << "the list is shorter than the enumeration";
+        EXPECT_TRUE(IsEqualGUID(record->guid, d.guid)) << d.description;
+        EXPECT_EQ(record->lpszDescription, d.description);
+        EXPECT_EQ(record->lpszDriverName, d.driver);
+        record = record->lpNext;
+    }
+    EXPECT_EQ(record, nullptr) << "the list is longer than the enumeration";
+}
+
 void VellTest::TearDown() {
     // A box the test did not look at (and clear) is a failure of its own.
     for (const auto &box : boxes->boxes())

@@ -3,9 +3,7 @@
 #ifndef VELL_TEST_HARNESS_H
 #define VELL_TEST_HARNESS_H
 
-#include <windows.h>
-
-#include <ddraw.h>
+#include "VellBase.h"
 
 #include <gtest/gtest.h>
 
@@ -120,6 +118,33 @@ protected:
     std::optional<ScopedWorkDir> workDir;
     std::optional<MessageBoxCapture> boxes;
 };
+
+// A client as the library expects one: a base object (application name "VellTest", its log on)
+// with a test window stored in its hWnd. Device fixtures derive from it and destroy their device in
+// closeDevice, before the base object goes.
+class ClientTest : public VellTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    virtual void closeDevice() {}
+
+    // Destroys the device and the base object; returns the log.
+    std::string closeAndReadLog();
+
+    std::optional<TVellBase> base;
+    HWND window = nullptr;
+};
+
+// A device as the platform enumerates it, and what the library's list and log should then hold.
+struct EnumeratedDevice {
+    GUID guid;
+    std::string description, driver;
+};
+std::vector<EnumeratedDevice> displayDevices();
+std::vector<EnumeratedDevice> soundDevices();
+// "Initializing <what>:\n", the devices' "  Enumerating %s:\n  done.\n", "done.\n".
+std::string constructionLog(const char *what, const std::vector<EnumeratedDevice> &devices);
+void expectDeviceList(const structDeviceInfo *list, const std::vector<EnumeratedDevice> &devices);
 
 } // namespace vtest
 

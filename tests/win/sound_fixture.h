@@ -14,20 +14,9 @@
 
 namespace vtest {
 
-class SoundTest : public VellTest {
+class SoundTest : public ClientTest {
 protected:
-    void SetUp() override {
-        VellTest::SetUp();
-        base.emplace(testModule(), IDS_APPNAME, IDS_REGKEY, true);
-        window = createTestWindow();
-        base->hWnd = window;
-    }
-    void TearDown() override {
-        sound.reset();
-        base.reset();
-        if (window != nullptr) DestroyWindow(window);
-        VellTest::TearDown();
-    }
+    void closeDevice() override { sound.reset(); }
 
     TDirectSound &open() {
         sound.emplace(&*base);
@@ -42,15 +31,7 @@ protected:
         }
         return *sound;
     }
-    std::string closeAndReadLog() {
-        sound.reset();
-        base.reset();
-        return readFile("VellTest.log").value_or("<no log>");
-    }
-
-    std::optional<TVellBase> base;
     std::optional<TDirectSound> sound;
-    HWND window = nullptr;
     bool skipped = false;
 };
 

@@ -18,28 +18,8 @@ std::string dword(DWORD v) {
     return std::string(reinterpret_cast<const char *>(&v), 4);
 }
 
-struct Device {
-    GUID guid;
-    std::string description, module;
-};
-
-BOOL CALLBACK collect(LPGUID guid, LPCSTR description, LPCSTR module, LPVOID context) {
-    Device d = {};
-    if (guid != nullptr) d.guid = *guid;
-    d.description = description;
-    d.module = module;
-    static_cast<std::vector<Device> *>(context)->push_back(d);
-    return TRUE;
-}
-
-std::string constructionLog(std::vector<Device> *devices = nullptr) {
-    std::vector<Device> found;
-    DirectSoundEnumerateA(collect, &found);
-    std::string log = "Initializing DirectSound:\n";
-    for (const Device &d : found)
-        log += "  Enumerating " + d.description + ":\n  done.\n";
-    if (devices != nullptr) *devices = found;
-    return log + "done.\n";
+std::string constructionLog() {
+    return vtest::constructionLog("DirectSound", vtest::soundDevices());
 }
 
 // ---- the device and its settings ---------------------------------------------------------------
@@ -53,17 +33,8 @@ TEST_F(SoundTest, FirstRunOpensTheDefaultDeviceAndSavesTheDefaults) {
     EXPECT_FALSE(sound->isPlaying());
     sound->Update();
 
-    std::vector<Device> devices;
-    const std::string expected = constructionLog(&devices);
-    const structDeviceInfo *record = sound->lpDeviceList;
-    for (const Device &d : devices) {
-        ASSERT_NE(record, nullptr);
-        EXPECT_TRUE(IsEqualGUID(record->guid, d.guid));
-        EXPECT_EQ(record->lpszDescription, d.description);
-        EXPECT_EQ(record->lpszDriverName, d.module);
-        record = record->lpNext;
-    }
-    EXPECT_EQ(record, nullptr);
+    vtest::expectDeviceList(sound->lpDeviceList, vtest::soundDevices());
+    const std::string expected = constructionLog();
 
     EXPECT_EQ(closeAndReadLog(),
               expected + "De-initializing DirectSound:\n"

@@ -73,7 +73,6 @@ TEST(DirectSoundErrors, TableIsWellFormed) {
         EXPECT_TRUE(codes.insert(e.code).second);
         EXPECT_EQ(std::strchr(e.text, '\n'), nullptr);
         longest = std::max(longest, std::strlen(e.text));
-        EXPECT_EQ(soundText(static_cast<std::uint32_t>(e.code)), e.text);
     }
     EXPECT_EQ(vell::kDirectSoundErrorCount, 16u);
     EXPECT_EQ(longest + 1, vell::kSoundErrorTextSize);

@@ -46,19 +46,14 @@ TEST_F(SoundTest, FirstRunOpensTheDefaultDeviceAndSavesTheDefaults) {
 }
 
 TEST_F(SoundTest, VolumeScaleThroughTheObject) {
-    TDirectSound &ds = open(); // the scale does not need a device
+    TDirectSound &ds = open(); // the scale itself is tested natively; this is the wiring
     boxes->clear();
-    for (unsigned long v = 1; v <= 100; ++v) {
-        ds.setVolume(v);
-        ASSERT_EQ(ds.getVolume(), static_cast<int>(v));
-    }
     ds.setVolume(50);
     EXPECT_EQ(ds.dwVolume, 1506u);
+    EXPECT_EQ(ds.getVolume(), 50);
     ds.setVolume(0);
-    EXPECT_EQ(ds.dwVolume, 10000u);
     EXPECT_EQ(ds.getVolume(), 1);
     ds.setVolume(150);
-    EXPECT_EQ(ds.dwVolume, 0u);
     EXPECT_EQ(ds.getVolume(), 100);
 }
 

@@ -81,12 +81,14 @@ unsigned long TDirectDraw::ColorMatch(IDirectDrawSurface2 *lpSurface, unsigned l
     }
     if (hr == DD_OK) {
         const DWORD bits = desc.ddpfPixelFormat.dwRGBBitCount;
-        // Only the first pixel's bytes are read: a one-pixel 16-bit surface has no more.
-        const std::size_t bytes = bits >= 32 || bits == 0 ? 4 : (bits + 7) / 8;
-        DWORD word = 0;
-        if (desc.lpSurface != nullptr) std::memcpy(&word, desc.lpSurface, bytes);
-        if (bits > 0 && bits < 32) word &= (DWORD(1) << bits) - 1;
-        result = word;
+        // Only the first pixel's bytes are read: a one-pixel 16-bit surface has no more. A format
+        // without a bit count has no pixel value to give.
+        if (bits > 0 && desc.lpSurface != nullptr) {
+            DWORD word = 0;
+            std::memcpy(&word, desc.lpSurface, bits >= 32 ? 4 : (bits + 7) / 8);
+            if (bits < 32) word &= (DWORD(1) << bits) - 1;
+            result = word;
+        }
         lpSurface->Unlock(nullptr);
     }
 

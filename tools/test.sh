@@ -55,7 +55,8 @@ vell_wine_prefix
 vell_plain_prefix
 vell_start_xvfb DISPLAY 16
 vell_start_xvfb VELL_DISPLAY24 24
-vell_start_pulse || true
+# The sound tests record what they play: with a sound server up they must not skip.
+if vell_start_pulse; then export VELL_EXPECT_SOUND=1; fi
 run_ctest win64
 
 echo "tests: $passed passed, $failed failed"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs every test of the project on this machine, installing what it needs first:
-#   - formatting check of the sources (clang-format);
+#   - formatting check of the sources (clang-format), and the README's client against
+#     demo/minimal.cpp;
 #   - host build: platform-free unit tests with AddressSanitizer/UBSan, fuzz targets (bounded);
 #   - win32 build (i686, VellBase.dll as shipped): compiled and linked warning-free, not run;
 #   - win64 build: the Windows test programs, run under wine64 on a 16-bit Xvfb screen with a
@@ -38,6 +39,13 @@ run_ctest() {
 vell_log "checking the formatting"
 if ! git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror; then
     vell_log "clang-format: some files are not formatted (run: git ls-files '*.h' '*.cpp' | xargs clang-format -i)"
+    failed=$((failed + 1))
+fi
+
+# The README shows demo/minimal.cpp whole: they must not drift apart.
+if ! diff <(sed -n '/^#include "VellBase.h"/,/^}/p' demo/minimal.cpp) \
+    <(sed -n '/^```cpp/,/^```/p' README.md | sed -n '/^#include "VellBase.h"/,/^}/p') >/dev/null; then
+    vell_log "README: the minimal client differs from demo/minimal.cpp"
     failed=$((failed + 1))
 fi
 

@@ -11,12 +11,15 @@
 
 VELL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VELL_BUILD=${VELL_BUILD:-$VELL_ROOT/build}
-VELL_WINE=/usr/lib/wine/wine64
 VELL_PACKAGES=(
-    cmake ninja-build g++ clang libclang-rt-14-dev googletest libbenchmark-dev
-    g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools
+    cmake ninja-build g++ clang libclang-rt-14-dev googletest libbenchmark-dev cloc
+    g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools python3 python3-pil
+    libfreetype-dev fonts-dejavu-core
     wine64 wine xvfb xauth x11-utils pulseaudio pulseaudio-utils sox imagemagick
 )
+# The Wine loader of each Windows build: the i686 build (VellBase.dll as it ships) runs under
+# 32-bit Wine, the x86_64 build under wine64.
+declare -A VELL_WINE_OF=([win32]=/usr/lib/wine/wine [win64]=/usr/lib/wine/wine64)
 VELL_CLEANUP=()
 
 vell_log() { printf '[vell] %s\n' "$*" >&2; }
@@ -38,19 +41,75 @@ vell_cleanup_last() {
 trap vell_cleanup EXIT
 trap 'exit 130' INT TERM
 
+# Can this machine execute 32-bit x86 programs? Answered by running a 93-byte 32-bit ELF program
+# that only calls exit(0), so that nothing needs installing to find out.
+vell_can_run_32bit() {
+    local probe
+    probe=$(mktemp) || return 1
+    printf '%b' \
+        '\x7fELF\x01\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x02\x00\x03\x00\x01\x00\x00\x00' \
+        '\x54\x80\x04\x08\x34\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x34\x00\x20\x00' \
+        '\x01\x00\x00\x00\x00\x00\x00\x00\x01\x00\x00\x00\x00\x00\x00\x00\x00\x80\x04\x08' \
+        '\x00\x80\x04\x08\x5d\x00\x00\x00\x5d\x00\x00\x00\x05\x00\x00\x00\x00\x10\x00\x00' \
+        '\xb8\x01\x00\x00\x00\x31\xdb\xcd\x80' >"$probe"
+    chmod +x "$probe"
+    local ok=1
+    "$probe" 2>/dev/null && ok=0
+    rm -f "$probe"
+    return $ok
+}
+
+# 1: the i686 build is run too (32-bit Wine is installed where missing). Off where this machine
+# cannot execute 32-bit programs; VELL_WIN32=0 turns it off by hand.
+if [ -z "${VELL_WIN32:-}" ]; then
+    if vell_can_run_32bit 2>/dev/null; then VELL_WIN32=1; else VELL_WIN32=0; fi
+fi
+if [ "$VELL_WIN32" = 0 ]; then
+    vell_log "this machine cannot run 32-bit programs: the i686 build is compiled but not run"
+fi
+
+vell_installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'install ok installed'; }
+
+# Installs the missing packages. With VELL_WIN32=1 (the default where this machine runs 32-bit
+# programs) that includes 32-bit Wine, wine32:i386, which needs the i386 architecture. Where the
+# i386 index of the security archive is out of step with the main archive, apt cannot make the
+# amd64 and i386 halves of a library agree; a pin that ranks the security archive below the main
+# one then resolves it. The pin is only written when the install fails without it, and no install
+# that would remove a package is ever made.
 vell_install_packages() {
-    local missing=() pkg
-    for pkg in "${VELL_PACKAGES[@]}"; do
-        dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed' ||
-            missing+=("$pkg")
-    done
-    [ ${#missing[@]} -eq 0 ] && return 0
-    local sudo=
+    local missing=() pkg sudo=
     [ "$(id -u)" -eq 0 ] || sudo=sudo
+    for pkg in "${VELL_PACKAGES[@]}"; do
+        vell_installed "$pkg" || missing+=("$pkg")
+    done
+    if [ "$VELL_WIN32" = 1 ] && ! vell_installed wine32:i386; then
+        missing+=(wine32:i386)
+        if ! dpkg --print-foreign-architectures | grep -qx i386; then
+            vell_log "adding the i386 architecture (for 32-bit Wine)"
+            $sudo dpkg --add-architecture i386
+        fi
+    fi
+    [ ${#missing[@]} -eq 0 ] && return 0
     vell_log "installing: ${missing[*]}"
-    $sudo apt-get update -qq >/dev/null &&
-        DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null ||
-        { vell_log "apt-get install failed"; return 1; }
+    # An index that fails to download (exit 100) leaves the others usable: go on with them.
+    $sudo apt-get update -qq >/dev/null 2>&1 || vell_log "apt-get update reported errors; going on"
+    local -a install=(env DEBIAN_FRONTEND=noninteractive apt-get install -y -q
+                      --no-install-recommends)
+    local plan pin=/etc/apt/preferences.d/vell-security-below-main
+    vell_plan() { plan=$($sudo "${install[@]}" -s "${missing[@]}" 2>&1) && ! grep -q '^Remv ' <<<"$plan"; }
+    if ! vell_plan && [[ " ${missing[*]} " == *" wine32:i386 "* ]] && [ ! -f "$pin" ]; then
+        vell_log "apt cannot match the i386 and amd64 libraries: ranking the security archive below the main one ($pin)"
+        printf 'Package: *\nPin: release l=Debian-Security\nPin-Priority: 50\n' | $sudo tee "$pin" >/dev/null
+        vell_plan || true
+    fi
+    if ! vell_plan && [[ " ${missing[*]} " == *" wine32:i386 "* ]]; then
+        grep '^Remv ' <<<"$plan" | sed 's/^/[vell]   would remove: /' >&2 || true
+        vell_log "32-bit Wine cannot be installed without removing packages: the win32 tests will not run"
+        missing=("${missing[@]/wine32:i386/}")
+        VELL_WIN32=0
+        vell_plan || { vell_log "apt-get cannot install: ${missing[*]}"; return 1; }
+    fi
+    $sudo "${install[@]}" "${missing[@]}" >/dev/null || { vell_log "apt-get install failed"; return 1; }
 }
 
 # Makes (once) and settles a Wine prefix: vell_make_prefix DIR DESKTOP, DESKTOP "yes" or "no".

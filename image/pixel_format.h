@@ -17,6 +17,7 @@
 #ifndef VELL_PIXEL_FORMAT_H
 #define VELL_PIXEL_FORMAT_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "display/graphics_mode.h"
@@ -62,6 +63,14 @@ constexpr std::uint16_t mix(std::uint16_t d, std::uint16_t s, unsigned a) {
     return join<Mode>({(dc.blue * na + sc.blue * a) >> 8, (dc.green * na + sc.green * a) >> 8,
                        (dc.red * na + sc.red * a) >> 8});
 }
+
+// Locked 16-bit surface memory as the drawing loops see it: pixel (x, y), 0 <= x < width,
+// 0 <= y < height, is the word at bits + y * pitch + 2 * x. Loops clip to width and height.
+struct PixelTarget {
+    std::uint8_t *bits;
+    std::ptrdiff_t pitch; // bytes from one row to the next
+    std::int32_t width, height;
+};
 
 // The same with the mode chosen at run time: 1 is 5:5:5, anything else 5:6:5.
 constexpr std::uint16_t mixPixel(std::uint32_t mode, std::uint16_t d, std::uint16_t s, unsigned a) {

@@ -5,7 +5,7 @@
 // builds a tiled background from the bitmap resource TILE, loads two sprites from the bitmap files
 // beside the program and three alpha images from TGA files, and runs a frame loop: background,
 // sprites moving and clipped at the screen's edges, a crate with a translucent drop shadow, an orb
-// fading in and out, a saucer crossing the top edge, a line of status text, flip. Sound effects
+// fading in and out, a saucer crossing the bottom edge, a line of status text, flip. Sound effects
 // (wave files beside the program) play at a master volume of 70 when a rock leaves the screen and
 // when the ship turns; without a sound device the demo runs silently. Escape ends it early.
 //
@@ -182,11 +182,10 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 const auto opacity =
                     static_cast<unsigned long>(127.5f - 127.5f * std::cos(3.14159f * t));
                 orb.Blend(display.lpBack, 470, 140, opacity, -1, -1);
-                // Half above the top edge, leaving on the right and coming back on the left: the
+                // Across the bottom edge, leaving on the right and coming back on the left: the
                 // positions go negative and Paint clips.
                 const int saucerX = static_cast<int>(std::fmod(140 * t + 490, 704.f)) - 64;
-                saucer.Paint(display.lpBack, static_cast<unsigned long>(saucerX),
-                             static_cast<unsigned long>(-12), -1, -1);
+                saucer.Paint(display.lpBack, static_cast<unsigned long>(saucerX), 454, -1, -1);
 
                 const float shipX = 330 * std::sin(1.3f * t);
                 const float step = shipX - previousShipX;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the TGA images of the demo and the tests with Pillow (run it after changing them).
 
-demo/orb.tga        48x48, 32 bits: a glowing orb whose alpha falls off smoothly to its rim
+demo/orb.tga        64x64, 32 bits: a glowing orb whose alpha falls off smoothly to its rim
 demo/saucer.tga     64x32, 32 bits: a flying saucer with anti-aliased edges and a see-through dome
 demo/crate.tga      40x40, 24 bits: an opaque wooden crate (the demo gives it a drop shadow)
 tests/win/data/pattern32.tga   7x5, 32 bits with 8 alpha bits, rows bottom-up (Pillow's default)
@@ -42,14 +42,14 @@ def pattern_image(mode):
 
 
 def orb():
-    im = Image.new("RGBA", (48, 48))
-    for y in range(48):
-        for x in range(48):
-            d = math.hypot(x - 23.5, y - 23.5) / 24  # 0 at the centre, 1 at the rim
-            glow = max(0.0, 1 - d) ** 1.5
-            core = max(0.0, 1 - 2.5 * d)
-            im.putpixel((x, y), (int(80 + 175 * core), int(160 + 95 * core), 255,
-                                 int(255 * min(1.0, glow * 1.6))))
+    im = Image.new("RGBA", (64, 64))
+    for y in range(64):
+        for x in range(64):
+            d = math.hypot(x - 31.5, y - 31.5) / 32  # 0 at the centre, 1 at the rim
+            edge = min(1.0, max(0.0, (1 - d) / 0.45))  # opaque inside, fading over the outer part
+            light = max(0.0, 1 - math.hypot(x - 24, y - 22) / 30)  # a highlight up and left
+            im.putpixel((x, y), (int(60 + 195 * light), int(120 + 135 * light), 255,
+                                 int(255 * edge * edge * (3 - 2 * edge))))
     return im
 
 

@@ -96,16 +96,16 @@ bool composeConstant(std::uint32_t mode, const PixelTarget &target, std::int32_t
 
 } // namespace
 
-bool paintImage(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
-                std::uint32_t mode) {
+bool paintImageScalar(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
+                      std::uint32_t mode) {
     if (src.alpha != nullptr) return composeIn(mode, target, x, y, src, AlphaPlane{src.alpha});
     return composeConstant(mode, target, x, y, src, src.constantAlpha);
 }
 
-bool blendImage(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
-                std::uint32_t opacity, std::uint32_t mode) {
+bool blendImageScalar(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
+                      std::uint32_t opacity, std::uint32_t mode) {
     if (opacity == 0) return true;
-    if (opacity >= 255) return paintImage(target, x, y, src, mode);
+    if (opacity >= 255) return paintImageScalar(target, x, y, src, mode);
     if (src.alpha != nullptr)
         return composeIn(mode, target, x, y, src, ScaledAlphaPlane{src.alpha, opacity});
     return composeConstant(mode, target, x, y, src, (src.constantAlpha * opacity) >> 8);

@@ -1,5 +1,6 @@
-// Painting and blending an image onto locked 16-bit memory (platform-free). These are the plain
-// scalar reference loops: any faster path must write exactly the same words.
+// Painting and blending an image onto locked 16-bit memory (platform-free). The ...Scalar
+// functions are the plain reference loops; paintImage and blendImage run the same rule on the path
+// chosen at run time (image/simd.h), whose SIMD loops write exactly the same words.
 //
 // The rule for every image pixel with source word s and alpha a over the destination word d:
 //   a == 0    d is left as it is
@@ -12,6 +13,7 @@
 
 #include "image/pixel_format.h"
 #include "image/planes.h"
+#include "image/simd.h"
 
 #include <cstdint>
 
@@ -49,6 +51,16 @@ bool paintImage(const PixelTarget &target, std::int32_t x, std::int32_t y, const
 // pixel at opacity 128 is mixed at 127). Opacity 0 draws nothing; 255 and above is paintImage.
 bool blendImage(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
                 std::uint32_t opacity, std::uint32_t mode);
+
+// The same on a given path (one that simdPaths() lists), and the scalar reference loops.
+bool paintImage(SimdPath path, const PixelTarget &target, std::int32_t x, std::int32_t y,
+                const Sources &src, std::uint32_t mode);
+bool blendImage(SimdPath path, const PixelTarget &target, std::int32_t x, std::int32_t y,
+                const Sources &src, std::uint32_t opacity, std::uint32_t mode);
+bool paintImageScalar(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
+                      std::uint32_t mode);
+bool blendImageScalar(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
+                      std::uint32_t opacity, std::uint32_t mode);
 
 } // namespace vell
 

@@ -47,9 +47,9 @@ void printLoop(const PixelTarget &target, const GlyphFont &font, std::int64_t x,
 
 } // namespace
 
-void printGlyphs(const PixelTarget &target, const GlyphFont &font, int x, int y,
-                 const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
-                 std::uint32_t mode) {
+void printGlyphsScalar(const PixelTarget &target, const GlyphFont &font, int x, int y,
+                       const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
+                       std::uint32_t mode) {
     if (text == nullptr || font.plane == nullptr || font.cells == nullptr || target.bits == nullptr)
         return;
     const unsigned opacity = 255u - transparency;

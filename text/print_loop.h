@@ -19,6 +19,7 @@
 #include <cstdint>
 
 #include "image/pixel_format.h"
+#include "image/simd.h"
 #include "text/font_file.h"
 
 namespace vell {
@@ -31,9 +32,18 @@ struct GlyphFont {
 };
 
 // Prints text with its top-left at (x, y), clipped to the target; the printing rule of the library.
+// Runs on the path chosen at run time (image/simd.h).
 void printGlyphs(const PixelTarget &target, const GlyphFont &font, int x, int y,
                  const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
                  std::uint32_t mode);
+
+// The same on a given path (one that simdPaths() lists), and the scalar reference loop.
+void printGlyphs(SimdPath path, const PixelTarget &target, const GlyphFont &font, int x, int y,
+                 const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
+                 std::uint32_t mode);
+void printGlyphsScalar(const PixelTarget &target, const GlyphFont &font, int x, int y,
+                       const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
+                       std::uint32_t mode);
 
 } // namespace vell
 

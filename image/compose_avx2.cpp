@@ -1,0 +1,59 @@
+// The row loops for AVX2, sixteen 16-bit pixels per vector. This file alone is compiled for AVX2
+// (see CMakeLists.txt) and is only called where the processor has it (image/simd.cpp).
+//
+// GCC for Windows does not align the stack to 32 bytes, yet it spills 256-bit registers with
+// aligned moves (a long-standing GCC fault); the Windows builds therefore assemble this file with
+// -Wa,-muse-unaligned-vector-move, which turns every such move into its unaligned twin.
+#include "image/row_kernels.h"
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+
+namespace vell {
+namespace {
+
+struct Avx2 {
+    using W = __m256i;
+    using Bytes = __m256i; // the alpha bytes of a block of two vectors
+    static constexpr std::size_t kLanes = 16;
+
+    static W load(const std::uint16_t *p) {
+        return _mm256_loadu_si256(reinterpret_cast<const W *>(p));
+    }
+    static void store(std::uint16_t *p, W v) { _mm256_storeu_si256(reinterpret_cast<W *>(p), v); }
+    static Bytes loadBytes(const std::uint8_t *p) {
+        return _mm256_loadu_si256(reinterpret_cast<const W *>(p));
+    }
+    static bool none(Bytes b) { return _mm256_testz_si256(b, b); }
+    static bool all(Bytes b) { return _mm256_testc_si256(b, _mm256_set1_epi8(-1)); }
+    static W lo(Bytes b) { return _mm256_cvtepu8_epi16(_mm256_castsi256_si128(b)); }
+    static W hi(Bytes b) { return _mm256_cvtepu8_epi16(_mm256_extracti128_si256(b, 1)); }
+
+    static W set(int v) { return _mm256_set1_epi16(static_cast<short>(v)); }
+    static W and_(W a, W b) { return _mm256_and_si256(a, b); }
+    static W or_(W a, W b) { return _mm256_or_si256(a, b); }
+    static W add(W a, W b) { return _mm256_add_epi16(a, b); }
+    static W sub(W a, W b) { return _mm256_sub_epi16(a, b); }
+    static W mullo(W a, W b) { return _mm256_mullo_epi16(a, b); }
+    static W mulhi(W a, W b) { return _mm256_mulhi_epi16(a, b); }
+    static W cmpeq(W a, W b) { return _mm256_cmpeq_epi16(a, b); }
+    static W select(W m, W a, W b) { return _mm256_blendv_epi8(b, a, m); }
+    template <int N> static W srli(W v) { return _mm256_srli_epi16(v, N); }
+    template <int N> static W slli(W v) { return _mm256_slli_epi16(v, N); }
+    template <int N> static W srai(W v) { return _mm256_srai_epi16(v, N); }
+};
+
+} // namespace
+} // namespace vell
+
+#include "image/mix_rows.h"
+
+namespace vell {
+
+const RowKernels &avx2RowKernels() {
+    static const RowKernels kernels = rowKernels<Avx2>();
+    return kernels;
+}
+
+} // namespace vell
+#endif

@@ -1,0 +1,87 @@
+// Painting and blending on the path chosen at run time: the same decisions as the scalar loops of
+// compose.cpp (shortcuts, layout, clipping), then one row loop of the chosen instruction set per
+// visible row. Alpha 255 for the whole rectangle is a plain copy or fill on every path.
+#include "image/compose.h"
+#include "image/row_kernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vell {
+
+const RowKernels *rowKernelsOf(SimdPath path) {
+#if defined(__x86_64__) || defined(__i386__)
+    if (path == SimdPath::Sse2) return &sse2RowKernels();
+    if (path == SimdPath::Avx2) return &avx2RowKernels();
+#else
+    (void)path;
+#endif
+    return nullptr;
+}
+
+namespace {
+
+// opacity: 1..254 scales every alpha to (a * opacity) >> 8; 255 leaves them as they are.
+bool composeRows(const RowKernels &kernels, const PixelTarget &target, std::int32_t x,
+                 std::int32_t y, const Sources &src, unsigned opacity, std::uint32_t mode) {
+    const bool knownMode = mode == kMode555 || mode == kMode565;
+    const auto &paint = kernels.paint[mode == kMode565][src.rgb != nullptr];
+    RowKernel kernel = nullptr; // null: a copy or fill
+    unsigned value = opacity;
+    if (src.alpha != nullptr) {
+        if (!knownMode) return false;
+        kernel = paint[opacity == 255 ? kPlaneAlpha : kScaledAlpha];
+    } else {
+        value = opacity == 255 ? src.constantAlpha : (src.constantAlpha * opacity) >> 8;
+        if (value == 0) return true;
+        if (value != 255) {
+            if (!knownMode) return false;
+            kernel = paint[kConstantAlpha];
+        }
+    }
+    ClipRect part;
+    if (!visiblePart(target.width, target.height, x, y, src.width, src.height, part)) return true;
+    const std::size_t n = std::size_t(part.right - part.left);
+    for (std::int32_t ty = part.top; ty < part.bottom; ++ty) {
+        auto *row = reinterpret_cast<std::uint16_t *>(target.bits + ty * target.pitch) + part.left;
+        const std::size_t i = std::size_t(ty - std::int64_t(y)) * src.width +
+                              std::size_t(part.left - std::int64_t(x));
+        const std::uint16_t *rgb = src.rgb != nullptr ? src.rgb + i : nullptr;
+        if (kernel != nullptr)
+            kernel(row, rgb, src.alpha != nullptr ? src.alpha + i : nullptr, n, src.colour, value);
+        else if (rgb != nullptr)
+            std::memcpy(row, rgb, 2 * n);
+        else
+            std::fill_n(row, n, src.colour);
+    }
+    return true;
+}
+
+} // namespace
+
+bool paintImage(SimdPath path, const PixelTarget &target, std::int32_t x, std::int32_t y,
+                const Sources &src, std::uint32_t mode) {
+    const RowKernels *kernels = rowKernelsOf(path);
+    if (kernels == nullptr) return paintImageScalar(target, x, y, src, mode);
+    return composeRows(*kernels, target, x, y, src, 255, mode);
+}
+
+bool blendImage(SimdPath path, const PixelTarget &target, std::int32_t x, std::int32_t y,
+                const Sources &src, std::uint32_t opacity, std::uint32_t mode) {
+    const RowKernels *kernels = rowKernelsOf(path);
+    if (kernels == nullptr) return blendImageScalar(target, x, y, src, opacity, mode);
+    if (opacity == 0) return true;
+    return composeRows(*kernels, target, x, y, src, std::min(opacity, 255u), mode);
+}
+
+bool paintImage(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
+                std::uint32_t mode) {
+    return paintImage(simdPath(), target, x, y, src, mode);
+}
+
+bool blendImage(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
+                std::uint32_t opacity, std::uint32_t mode) {
+    return blendImage(simdPath(), target, x, y, src, opacity, mode);
+}
+
+} // namespace vell

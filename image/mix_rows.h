@@ -1,0 +1,167 @@
+// The row loops of the SIMD paths, written once over a set of vector operations V and compiled
+// once per instruction set: included only by compose_sse2.cpp and compose_avx2.cpp, which define V.
+//
+// Everything here lives in an anonymous namespace and calls no library function template (no
+// std::min and the like): the AVX2 file is compiled for AVX2 as a whole, and any inline function
+// it shared with the rest of the library could be the copy the linker keeps for everyone, which
+// would then run AVX2 instructions on a processor without them.
+//
+// The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
+// d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the
+// delta floor((s - d) * a / 256) is computed per channel with the channel left where it is:
+//   blue  (bits 0-4):  x = s_b - d_b (|x| < 32);   x * a fits 16 bits; an arithmetic shift right
+//                      by 8 is the floor
+//   green (5:6:5 bits 5-10, 5:5:5 bits 5-9): x = (s_g - d_g) << 5, masked in place; the high half
+//                      of x * (a << 3) is (x * a * 8) >> 16 = floor((s_g - d_g) * a / 256),
+//                      shifted back up by 5
+//   red   (5:6:5 bits 11-15): x = s_r - d_r; the low half of x * (a << 3) masked with 0xF800 is
+//                      floor(x * a / 256) << 11 modulo 2^16; 5:5:5 (bits 10-14): x * (a << 2)
+//                      masked with 0xFC00
+// and the three deltas are added to d: each channel stays in its range, so no carry crosses into
+// the next one and the word sum modulo 2^16 is the result. At a = 256 the delta is s - d exactly,
+// which is how 5:6:5 paints opaque pixels (copies) inside a step that also mixes. In 5:5:5 bit 15
+// is cleared first; where the rule keeps a pixel or copies a source word whole, a select does.
+#ifndef VELL_MIX_ROWS_H
+#define VELL_MIX_ROWS_H
+
+#include "display/graphics_mode.h"
+#include "image/row_kernels.h"
+
+namespace vell {
+namespace {
+
+template <class V> struct SourceFields {
+    typename V::W word, blue, green, red; // the source word and its channels as mix() wants them
+};
+
+template <class V, std::uint32_t Mode> SourceFields<V> sourceFields(typename V::W s) {
+    if (Mode == kMode565)
+        return {s, V::and_(s, V::set(0x001F)), V::and_(s, V::set(0x07E0)), V::template srli<11>(s)};
+    return {s, V::and_(s, V::set(0x001F)), V::and_(s, V::set(0x03E0)),
+            V::and_(V::template srli<10>(s), V::set(0x001F))};
+}
+
+// d mixed towards s at alpha a (0..256 in each lane). In 5:5:5 the result's bit 15 is 0.
+template <class V, std::uint32_t Mode>
+typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
+    using W = typename V::W;
+    const W a8 = V::template slli<3>(a);
+    const W base = Mode == kMode565 ? d : V::and_(d, V::set(0x7FFF));
+    const W blue = V::template srai<8>(V::mullo(V::sub(s.blue, V::and_(d, V::set(0x001F))), a));
+    const W green = V::template slli<5>(
+        V::mulhi(V::sub(s.green, V::and_(d, V::set(Mode == kMode565 ? 0x07E0 : 0x03E0))), a8));
+    const W red =
+        Mode == kMode565
+            ? V::and_(V::mullo(V::sub(s.red, V::template srli<11>(d)), a8), V::set(0xF800))
+            : V::and_(V::mullo(V::sub(s.red, V::template srli<10>(base)), V::template slli<2>(a)),
+                      V::set(0xFC00));
+    return V::add(V::add(base, blue), V::add(green, red));
+}
+
+enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
+
+// One block of 2 vectors: kLanes * 2 pixels at d, their source words at rgb (with ColourPlane)
+// and their alpha bytes at alpha (except for Rule::Constant).
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
+    using W = typename V::W;
+    static constexpr std::size_t kPixels = 2 * V::kLanes;
+    SourceFields<V> colour;
+    W value;
+
+    void run(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha) const {
+        W a[2];
+        if (R == Rule::Constant) {
+            a[0] = a[1] = value;
+        } else if (R == Rule::Scaled || R == Rule::CoverageScaled) {
+            const typename V::Bytes bytes = V::loadBytes(alpha);
+            a[0] = V::template srli<8>(V::mullo(V::lo(bytes), value));
+            a[1] = V::template srli<8>(V::mullo(V::hi(bytes), value));
+            // A mix at 0 keeps d whole, except that printing clears bit 15 in 5:5:5.
+            if ((Mode == kMode565 || R == Rule::Scaled) && V::none(V::or_(a[0], a[1]))) return;
+        } else {
+            const typename V::Bytes bytes = V::loadBytes(alpha);
+            if (V::none(bytes)) {
+                if (R == Rule::Plane || Mode == kMode565) return;
+                // Printing at coverage 0 keeps the channels and clears bit 15.
+                for (std::size_t k = 0; k < 2; ++k)
+                    V::store(d + k * V::kLanes,
+                             V::and_(V::load(d + k * V::kLanes), V::set(0x7FFF)));
+                return;
+            }
+            if (R == Rule::Plane && V::all(bytes)) {
+                for (std::size_t k = 0; k < 2; ++k)
+                    V::store(d + k * V::kLanes,
+                             ColourPlane ? V::load(rgb + k * V::kLanes) : colour.word);
+                return;
+            }
+            a[0] = V::lo(bytes);
+            a[1] = V::hi(bytes);
+        }
+        for (std::size_t k = 0; k < 2; ++k) {
+            const W dk = V::load(d + k * V::kLanes);
+            const SourceFields<V> s =
+                ColourPlane ? sourceFields<V, Mode>(V::load(rgb + k * V::kLanes)) : colour;
+            W ak = a[k];
+            if (R == Rule::Plane && Mode == kMode565)
+                ak = V::sub(ak, V::cmpeq(ak, V::set(255))); // 255 becomes 256: a copy
+            W out = mix<V, Mode>(dk, s, ak);
+            if (Mode == kMode555 && R == Rule::Plane)
+                out = V::select(V::cmpeq(ak, V::set(255)), s.word, out);
+            if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
+                out = V::select(V::cmpeq(ak, V::set(0)), dk, out);
+            V::store(d + k * V::kLanes, out);
+        }
+    }
+};
+
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
+void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha, std::size_t n,
+            std::uint16_t colour, unsigned value) {
+    using B = Block<V, Mode, ColourPlane, R>;
+    const B block = {sourceFields<V, Mode>(V::set(colour)), V::set(int(value))};
+    const std::size_t step = B::kPixels;
+    std::size_t i = 0;
+    for (; i + step <= n; i += step)
+        block.run(d + i, ColourPlane ? rgb + i : nullptr,
+                  R == Rule::Constant ? nullptr : alpha + i);
+    if (i == n) return;
+    // The last pixels of the row go through the same block in copies; alpha 0 fills the rest,
+    // which is not copied back.
+    std::uint16_t dt[step], st[step];
+    std::uint8_t at[step];
+    const std::size_t rest = n - i;
+    for (std::size_t k = 0; k < step; ++k) {
+        dt[k] = k < rest ? d[i + k] : 0;
+        st[k] = ColourPlane && k < rest ? rgb[i + k] : 0;
+        at[k] = R != Rule::Constant && k < rest ? alpha[i + k] : 0;
+    }
+    block.run(dt, st, at);
+    for (std::size_t k = 0; k < rest; ++k)
+        d[i + k] = dt[k];
+}
+
+template <std::uint32_t M> struct ModeTag { static constexpr std::uint32_t value = M; };
+
+template <class V> RowKernels rowKernels() {
+    RowKernels k = {};
+    auto fill = [&k](auto mode) {
+        constexpr std::uint32_t M = decltype(mode)::value;
+        auto &paint = k.paint[M == kMode565];
+        paint[0][kPlaneAlpha] = mixRow<V, M, false, Rule::Plane>;
+        paint[1][kPlaneAlpha] = mixRow<V, M, true, Rule::Plane>;
+        paint[0][kScaledAlpha] = mixRow<V, M, false, Rule::Scaled>;
+        paint[1][kScaledAlpha] = mixRow<V, M, true, Rule::Scaled>;
+        paint[0][kConstantAlpha] = mixRow<V, M, false, Rule::Constant>;
+        paint[1][kConstantAlpha] = mixRow<V, M, true, Rule::Constant>;
+        k.print[M == kMode565][0] = mixRow<V, M, false, Rule::Coverage>;
+        k.print[M == kMode565][1] = mixRow<V, M, false, Rule::CoverageScaled>;
+    };
+    fill(ModeTag<kMode555>{});
+    fill(ModeTag<kMode565>{});
+    return k;
+}
+
+} // namespace
+} // namespace vell
+
+#endif

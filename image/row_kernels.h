@@ -1,0 +1,39 @@
+// The row loops of the SIMD paths: one table of functions per instruction set (platform-free).
+// The drivers (compose_simd.cpp, text/print_simd.cpp) clip, pick one entry before their loops and
+// hand it one row of pixels at a time; every entry writes exactly what the scalar loops write.
+#ifndef VELL_ROW_KERNELS_H
+#define VELL_ROW_KERNELS_H
+
+#include "image/simd.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vell {
+
+// d: n destination words; rgb: n source words, or null for `colour` everywhere; alpha: n bytes, or
+// null where the alpha is `value` for every pixel. What value means depends on the loop.
+using RowKernel = void (*)(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
+                           std::size_t n, std::uint16_t colour, unsigned value);
+
+// The painting rule's alpha: from the plane (0 leaves a pixel, 255 copies the source, anything
+// between mixes), from the plane scaled to (a * value) >> 8 for an opacity value of 1..254, or
+// one alpha value of 1..254 for the whole row (alpha is null).
+enum RowAlpha { kPlaneAlpha, kScaledAlpha, kConstantAlpha, kRowAlphaKinds };
+
+struct RowKernels {
+    RowKernel paint[2][2][kRowAlphaKinds]; // [5:6:5][colour plane][alpha]
+    // The printing rule: the colour mixed at every coverage (0 and 255 included), the coverage
+    // itself [0] or scaled to (g * value) >> 8 [1] for an opacity value of 0..254.
+    RowKernel print[2][2]; // [5:6:5][scaled]
+};
+
+const RowKernels &sse2RowKernels();
+const RowKernels &avx2RowKernels();
+
+// The table of a path; null for the scalar path (and any path this build has no loops for).
+const RowKernels *rowKernelsOf(SimdPath path);
+
+} // namespace vell
+
+#endif

@@ -1,0 +1,135 @@
+// Printing on the path chosen at run time. Glyph cells are only a few pixels wide, too narrow for
+// vectors of 16 pixels; but the cells of a line sit side by side, so each of the line's rows is
+// gathered from the glyph plane into one strip of coverage bytes and mixed in one go. Within a
+// text no pixel is drawn twice (cells of a line never overlap, lines lie one under the other), so
+// the order of drawing does not matter. A gap between cells (a damaged cell table may draw a cell
+// narrower than its advance) ends a strip: the pixels in between must not be touched.
+#include "text/print_loop.h"
+
+#include "image/row_kernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vell {
+
+namespace {
+
+constexpr std::size_t kStrip = 512; // columns gathered at most before they are mixed
+
+// The pieces of cells gathered into a strip, left to right without gaps.
+class Strip {
+public:
+    Strip(RowKernel kernel, const PixelTarget &target, const GlyphFont &font, std::uint16_t colour,
+          unsigned opacity)
+        : kernel_(kernel), target_(target), font_(font), colour_(colour), opacity_(opacity),
+          planeSize_(std::size_t(font.stride) * font.height) {}
+
+    // Adds columns [glyph, glyph + width) of the glyph plane at target column x.
+    void add(std::size_t glyph, std::int64_t x, std::size_t width) {
+        while (width > 0) {
+            if (columns_ != 0 && x != left_ + std::int64_t(columns_)) flush();
+            if (columns_ == 0) left_ = x;
+            const std::size_t take = std::min(width, kStrip - columns_);
+            pieces_[count_++] = {glyph, take};
+            columns_ += take;
+            glyph += take;
+            x += std::int64_t(take);
+            width -= take;
+            if (columns_ == kStrip) flush();
+        }
+    }
+
+    // Mixes the gathered columns into rows [top, bottom) of the line at y, and starts afresh.
+    void flush() {
+        for (std::int64_t r = top_; r < bottom_ && columns_ != 0; ++r) {
+            std::uint8_t *out = coverage_;
+            const std::size_t row = std::size_t(r) * font_.stride;
+            for (std::size_t k = 0; k < count_; out += pieces_[k++].width) {
+                const std::uint8_t *in = font_.plane + row + pieces_[k].glyph;
+                // A piece of up to 16 columns is copied as 16 bytes (the strip has room behind
+                // its end, and the next piece overwrites the excess) where the plane holds them.
+                if (pieces_[k].width <= 16 && row + pieces_[k].glyph + 16 <= planeSize_)
+                    std::memcpy(out, in, 16);
+                else
+                    std::memcpy(out, in, pieces_[k].width);
+            }
+            auto *pixels =
+                reinterpret_cast<std::uint16_t *>(target_.bits + (y_ + r) * target_.pitch) + left_;
+            kernel_(pixels, nullptr, coverage_, columns_, colour_, opacity_);
+        }
+        count_ = columns_ = 0;
+    }
+
+    // A new line at y: the rows of it that lie on the target.
+    void line(std::int64_t y) {
+        flush();
+        y_ = y;
+        top_ = std::max<std::int64_t>(0, -y);
+        bottom_ = std::min<std::int64_t>(font_.height, target_.height - y);
+    }
+    bool visible() const { return top_ < bottom_; }
+
+private:
+    struct Piece {
+        std::size_t glyph, width;
+    };
+    RowKernel kernel_;
+    const PixelTarget &target_;
+    const GlyphFont &font_;
+    std::uint16_t colour_;
+    unsigned opacity_;
+    std::size_t planeSize_;
+    std::int64_t y_ = 0, top_ = 0, bottom_ = 0, left_ = 0;
+    std::size_t count_ = 0, columns_ = 0;
+    Piece pieces_[kStrip];
+    std::uint8_t coverage_[kStrip + 16];
+};
+
+// The walk through the text of the scalar loop (print_loop.cpp), gathering instead of drawing.
+void printStrips(Strip &strip, const PixelTarget &target, const GlyphFont &font, std::int64_t x,
+                 std::int64_t y, const unsigned char *text) {
+    const std::int64_t x0 = x;
+    strip.line(y);
+    for (; *text != 0; ++text) {
+        const unsigned char c = *text;
+        if (c == 10) {
+            x = x0;
+            strip.line(y += font.height);
+            continue;
+        }
+        if (c < 32) continue;
+        const FontCell cell = fontCell(font.cells, font.count, c);
+        const std::int64_t width =
+            cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
+        const std::int64_t left = std::max<std::int64_t>(0, -x);
+        const std::int64_t right = std::min<std::int64_t>(width, target.width - x);
+        if (left < right && strip.visible())
+            strip.add(cell.position + std::size_t(left), x + left, std::size_t(right - left));
+        x += cell.width;
+    }
+    strip.flush();
+}
+
+} // namespace
+
+void printGlyphs(SimdPath path, const PixelTarget &target, const GlyphFont &font, int x, int y,
+                 const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
+                 std::uint32_t mode) {
+    const RowKernels *kernels = rowKernelsOf(path);
+    if (kernels == nullptr)
+        return printGlyphsScalar(target, font, x, y, text, colour, transparency, mode);
+    if (text == nullptr || font.plane == nullptr || font.cells == nullptr || target.bits == nullptr)
+        return;
+    const unsigned opacity = 255u - transparency;
+    Strip strip(kernels->print[mode != kMode555][opacity != 255], target, font, colour, opacity);
+    printStrips(strip, target, font, x, y, text);
+}
+
+void printGlyphs(const PixelTarget &target, const GlyphFont &font, int x, int y,
+                 const unsigned char *text, std::uint16_t colour, std::uint8_t transparency,
+                 std::uint32_t mode) {
+    printGlyphs(simdPath(), target, font, x, y, text, colour, transparency, mode);
+}
+
+} // namespace vell

@@ -1,7 +1,8 @@
 // Compositing speed: this library's painting, blending and printing loops on each path against
 // pixman, SDL2 and memcpy of the same bytes, named <impl>/<op>/<workload>, items = pixels drawn.
 //
-//   impl   vell (the path chosen at run time), vell_sse2, vell_scalar, pixman (OVER of a
+//   impl   vell (the path chosen at run time), vell_sse2, vell_scalar, vell_avx2 (where the
+//          chosen path is AVX-512), pixman (OVER of a
 //          premultiplied a8r8g8b8 image onto r5g6b5), sdl2 (blended blit of an ARGB8888 surface
 //          onto an RGB565 one), memcpy (the colour plane into the destination's rows and the alpha
 //          plane into a scratch plane: the bytes a paint reads from its image and writes)
@@ -106,7 +107,9 @@ struct Scene {
             target.push_back(std::uint16_t(random()));
     }
     std::size_t pixels() const { return std::size_t(wl.w) * wl.h; }
-    PixelTarget on() { return {reinterpret_cast<std::uint8_t *>(target.data()), 2 * wl.W, wl.W, wl.H}; }
+    PixelTarget on() {
+        return {reinterpret_cast<std::uint8_t *>(target.data()), 2 * wl.W, wl.W, wl.H};
+    }
 };
 
 constexpr unsigned kOpacity = 100;
@@ -138,8 +141,8 @@ void pixmanLoop(benchmark::State &state, Scene *scene, bool blend) {
     const pixman_color_t opacity = {0, 0, 0, std::uint16_t(kOpacity * 257)};
     pixman_image_t *mask = blend ? pixman_image_create_solid_fill(&opacity) : nullptr;
     for (auto _ : state) {
-        pixman_image_composite32(PIXMAN_OP_OVER, src, mask, dst, 0, 0, 0, 0, s.wl.x, s.wl.y,
-                                 s.wl.w, s.wl.h);
+        pixman_image_composite32(PIXMAN_OP_OVER, src, mask, dst, 0, 0, 0, 0, s.wl.x, s.wl.y, s.wl.w,
+                                 s.wl.h);
         benchmark::ClobberMemory();
     }
     if (mask != nullptr) pixman_image_unref(mask);
@@ -217,12 +220,13 @@ int main(int argc, char **argv) {
         scenes.push_back(std::make_unique<Scene>(wl));
     TextScene text;
 
-    // Every path of this library: the chosen one, SSE2 and scalar (vell is SSE2 where AVX2 is
-    // missing, and everything scalar under VELL_SIMD=0).
-    const std::pair<const char *, SimdPath> paths[] = {
+    // The paths of this library: the chosen one, SSE2 and scalar (vell is SSE2 where AVX2 is
+    // missing, and everything scalar under VELL_SIMD=0), and AVX2 where AVX-512 is chosen.
+    std::vector<std::pair<const char *, SimdPath>> paths = {
         {"vell", simdPath()},
         {"vell_sse2", simdPaths().count > 1 ? SimdPath::Sse2 : SimdPath::Scalar},
         {"vell_scalar", SimdPath::Scalar}};
+    if (simdPaths().count > 3) paths.push_back({"vell_avx2", SimdPath::Avx2});
     auto name = [](const char *impl, const std::string &op, const char *workload) {
         return std::string(impl) + "/" + op + "/" + workload;
     };
@@ -230,16 +234,15 @@ int main(int argc, char **argv) {
         for (auto &scene : scenes) {
             Scene *s = scene.get();
             for (auto [impl, path] : paths)
-                benchmark::RegisterBenchmark(name(impl, op, s->wl.name).c_str(), vellLoop, s,
-                                             path, op);
+                benchmark::RegisterBenchmark(name(impl, op, s->wl.name).c_str(), vellLoop, s, path,
+                                             op);
             if (op != "paint" && op != "blend") continue;
             const bool blend = op == "blend";
             benchmark::RegisterBenchmark(name("pixman", op, s->wl.name).c_str(), pixmanLoop, s,
                                          blend);
             benchmark::RegisterBenchmark(name("sdl2", op, s->wl.name).c_str(), sdlLoop, s, blend);
             if (!blend)
-                benchmark::RegisterBenchmark(name("memcpy", op, s->wl.name).c_str(), memcpyLoop,
-                                             s);
+                benchmark::RegisterBenchmark(name("memcpy", op, s->wl.name).c_str(), memcpyLoop, s);
         }
     for (auto [impl, path] : paths)
         benchmark::RegisterBenchmark(name(impl, "print", "line40").c_str(), printLoop, &text, path);

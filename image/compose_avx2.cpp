@@ -14,8 +14,9 @@ namespace {
 
 struct Avx2 {
     using W = __m256i;
-    using Bytes = __m256i; // the alpha bytes of a block of two vectors
-    static constexpr std::size_t kLanes = 16;
+    using Bytes = __m256i; // the alpha bytes of a block
+    using Mask = __m256i;
+    static constexpr std::size_t kLanes = 16, kBlockVectors = 2;
 
     static W load(const std::uint16_t *p) {
         return _mm256_loadu_si256(reinterpret_cast<const W *>(p));
@@ -24,10 +25,20 @@ struct Avx2 {
     static Bytes loadBytes(const std::uint8_t *p) {
         return _mm256_loadu_si256(reinterpret_cast<const W *>(p));
     }
-    static bool none(Bytes b) { return _mm256_testz_si256(b, b); }
-    static bool all(Bytes b) { return _mm256_testc_si256(b, _mm256_set1_epi8(-1)); }
-    static W lo(Bytes b) { return _mm256_cvtepu8_epi16(_mm256_castsi256_si128(b)); }
-    static W hi(Bytes b) { return _mm256_cvtepu8_epi16(_mm256_extracti128_si256(b, 1)); }
+    static bool none(Bytes b) { return isZero(b); }
+    static bool mixed(Bytes b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }
+    // The alpha bytes of vector k widened to 16 bits, loaded again from memory where loading and
+    // widening is one instruction. The address is hidden, or the compiler would split the bytes
+    // already loaded into halves instead, one instruction more; and so is the result, or it would
+    // test "a == 255" on the bytes and widen that, two more per vector than the 16-bit compare.
+    static W widen(const std::uint8_t *p, Bytes, std::size_t k) {
+        p += 16 * k;
+        __asm__("" : "+r"(p));
+        W a = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+        __asm__("" : "+x"(a));
+        return a;
+    }
+    static bool isZero(W v) { return _mm256_testz_si256(v, v); }
 
     static W set(int v) { return _mm256_set1_epi16(static_cast<short>(v)); }
     static W and_(W a, W b) { return _mm256_and_si256(a, b); }
@@ -36,8 +47,9 @@ struct Avx2 {
     static W sub(W a, W b) { return _mm256_sub_epi16(a, b); }
     static W mullo(W a, W b) { return _mm256_mullo_epi16(a, b); }
     static W mulhi(W a, W b) { return _mm256_mulhi_epi16(a, b); }
-    static W cmpeq(W a, W b) { return _mm256_cmpeq_epi16(a, b); }
-    static W select(W m, W a, W b) { return _mm256_blendv_epi8(b, a, m); }
+    static Mask equal(W a, W b) { return _mm256_cmpeq_epi16(a, b); }
+    static W select(Mask m, W a, W b) { return _mm256_blendv_epi8(b, a, m); }
+    static W plusOneAt255(W a) { return sub(a, equal(a, set(255))); }
     template <int N> static W srli(W v) { return _mm256_srli_epi16(v, N); }
     template <int N> static W slli(W v) { return _mm256_slli_epi16(v, N); }
     template <int N> static W srai(W v) { return _mm256_srai_epi16(v, N); }

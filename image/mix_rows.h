@@ -60,55 +60,60 @@ typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
 
 enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
 
-// One block of 2 vectors: kLanes * 2 pixels at d, their source words at rgb (with ColourPlane)
-// and their alpha bytes at alpha (except for Rule::Constant).
+// One block of V::kBlockVectors vectors: kPixels pixels at d, their source words at rgb (with
+// ColourPlane) and their alpha bytes at alpha (except for Rule::Constant).
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
     using W = typename V::W;
-    static constexpr std::size_t kPixels = 2 * V::kLanes;
+    static constexpr std::size_t kVectors = V::kBlockVectors, kPixels = kVectors * V::kLanes;
     SourceFields<V> colour;
     W value;
 
     void run(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha) const {
-        W a[2];
+        W a[kVectors];
         if (R == Rule::Constant) {
-            a[0] = a[1] = value;
+            for (W &ak : a)
+                ak = value;
         } else if (R == Rule::Scaled || R == Rule::CoverageScaled) {
             const typename V::Bytes bytes = V::loadBytes(alpha);
-            a[0] = V::template srli<8>(V::mullo(V::lo(bytes), value));
-            a[1] = V::template srli<8>(V::mullo(V::hi(bytes), value));
+            W any = V::set(0);
+            for (std::size_t k = 0; k < kVectors; ++k)
+                any = V::or_(
+                    any, a[k] = V::template srli<8>(V::mullo(V::widen(alpha, bytes, k), value)));
             // A mix at 0 keeps d whole, except that printing clears bit 15 in 5:5:5.
-            if ((Mode == kMode565 || R == Rule::Scaled) && V::none(V::or_(a[0], a[1]))) return;
+            if ((Mode == kMode565 || R == Rule::Scaled) && V::isZero(any)) return;
         } else {
             const typename V::Bytes bytes = V::loadBytes(alpha);
-            if (V::none(bytes)) {
-                if (R == Rule::Plane || Mode == kMode565) return;
-                // Printing at coverage 0 keeps the channels and clears bit 15.
-                for (std::size_t k = 0; k < 2; ++k)
-                    V::store(d + k * V::kLanes,
-                             V::and_(V::load(d + k * V::kLanes), V::set(0x7FFF)));
-                return;
+            // One test tells a block of 0 and 255 mixed from one that is all 0 or all 255.
+            if (!V::mixed(bytes)) {
+                if (V::none(bytes)) {
+                    if (R == Rule::Plane || Mode == kMode565) return;
+                    // Printing at coverage 0 keeps the channels and clears bit 15.
+                    for (std::size_t k = 0; k < kVectors; ++k)
+                        V::store(d + k * V::kLanes,
+                                 V::and_(V::load(d + k * V::kLanes), V::set(0x7FFF)));
+                    return;
+                }
+                if (R == Rule::Plane) {
+                    for (std::size_t k = 0; k < kVectors; ++k)
+                        V::store(d + k * V::kLanes,
+                                 ColourPlane ? V::load(rgb + k * V::kLanes) : colour.word);
+                    return;
+                }
             }
-            if (R == Rule::Plane && V::all(bytes)) {
-                for (std::size_t k = 0; k < 2; ++k)
-                    V::store(d + k * V::kLanes,
-                             ColourPlane ? V::load(rgb + k * V::kLanes) : colour.word);
-                return;
-            }
-            a[0] = V::lo(bytes);
-            a[1] = V::hi(bytes);
+            for (std::size_t k = 0; k < kVectors; ++k)
+                a[k] = V::widen(alpha, bytes, k);
         }
-        for (std::size_t k = 0; k < 2; ++k) {
+        for (std::size_t k = 0; k < kVectors; ++k) {
             const W dk = V::load(d + k * V::kLanes);
             const SourceFields<V> s =
                 ColourPlane ? sourceFields<V, Mode>(V::load(rgb + k * V::kLanes)) : colour;
             W ak = a[k];
-            if (R == Rule::Plane && Mode == kMode565)
-                ak = V::sub(ak, V::cmpeq(ak, V::set(255))); // 255 becomes 256: a copy
+            if (R == Rule::Plane && Mode == kMode565) ak = V::plusOneAt255(ak); // 256: a copy
             W out = mix<V, Mode>(dk, s, ak);
             if (Mode == kMode555 && R == Rule::Plane)
-                out = V::select(V::cmpeq(ak, V::set(255)), s.word, out);
+                out = V::select(V::equal(ak, V::set(255)), s.word, out);
             if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
-                out = V::select(V::cmpeq(ak, V::set(0)), dk, out);
+                out = V::select(V::equal(ak, V::set(0)), dk, out);
             V::store(d + k * V::kLanes, out);
         }
     }

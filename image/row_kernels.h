@@ -30,6 +30,7 @@ struct RowKernels {
 
 const RowKernels &sse2RowKernels();
 const RowKernels &avx2RowKernels();
+const RowKernels &avx512RowKernels();
 
 // The table of a path; null for the scalar path (and any path this build has no loops for).
 const RowKernels *rowKernelsOf(SimdPath path);

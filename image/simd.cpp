@@ -14,17 +14,25 @@ namespace vell {
 namespace {
 
 #if VELL_X86
-// AVX2 needs the processor (CPUID leaf 7, EBX bit 5) and the operating system, which must save
-// the 256-bit registers across task switches: OSXSAVE set and XCR0 holding the SSE and AVX state.
-bool avx2Usable() {
+// The processor's features (CPUID leaf 7, EBX: bit 5 AVX2, bit 16 AVX-512F, bit 30 AVX-512BW)
+// count only where the operating system saves the registers across task switches: OSXSAVE set,
+// and XCR0 holding the SSE and AVX state (bits 1, 2), for AVX-512 also the mask and upper
+// registers (bits 5 to 7).
+struct Features {
+    bool avx2, avx512;
+};
+
+Features features() {
     unsigned a, b, c, d;
-    if (!__get_cpuid(1, &a, &b, &c, &d)) return false;
+    if (!__get_cpuid(1, &a, &b, &c, &d)) return {false, false};
     const unsigned osxsave = 1u << 27, avx = 1u << 28;
-    if ((c & (osxsave | avx)) != (osxsave | avx)) return false;
+    if ((c & (osxsave | avx)) != (osxsave | avx)) return {false, false};
     unsigned xcr0, xcr0High;
     __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
-    if ((xcr0 & 6) != 6) return false;
-    return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & (1u << 5)) != 0;
+    if ((xcr0 & 0x06) != 0x06 || !__get_cpuid_count(7, 0, &a, &b, &c, &d)) return {false, false};
+    const bool avx2 = (b & (1u << 5)) != 0;
+    const unsigned avx512 = (1u << 16) | (1u << 30);
+    return {avx2, avx2 && (b & avx512) == avx512 && (xcr0 & 0xE6) == 0xE6};
 }
 #endif
 
@@ -32,10 +40,15 @@ SimdPaths detect() {
     SimdPaths paths = {{SimdPath::Scalar}, 1};
 #if VELL_X86
     const char *limit = std::getenv("VELL_SIMD");
-    if (limit != nullptr && std::strcmp(limit, "0") == 0) return paths;
+    auto capped = [limit](const char *name) {
+        return limit != nullptr && std::strcmp(limit, name) == 0;
+    };
+    if (capped("0")) return paths;
     paths.path[paths.count++] = SimdPath::Sse2;
-    if (limit != nullptr && std::strcmp(limit, "sse2") == 0) return paths;
-    if (avx2Usable()) paths.path[paths.count++] = SimdPath::Avx2;
+    const Features cpu = features();
+    if (capped("sse2") || !cpu.avx2) return paths;
+    paths.path[paths.count++] = SimdPath::Avx2;
+    if (!capped("avx2") && cpu.avx512) paths.path[paths.count++] = SimdPath::Avx512;
 #endif
     return paths;
 }
@@ -48,6 +61,8 @@ const char *simdPathName(SimdPath path) {
         return "sse2";
     case SimdPath::Avx2:
         return "avx2";
+    case SimdPath::Avx512:
+        return "avx512";
     default:
         return "scalar";
     }

@@ -22,8 +22,7 @@ class Strip {
 public:
     Strip(RowKernel kernel, const PixelTarget &target, const GlyphFont &font, std::uint16_t colour,
           unsigned opacity)
-        : kernel_(kernel), target_(target), font_(font), colour_(colour), opacity_(opacity),
-          planeSize_(std::size_t(font.stride) * font.height) {}
+        : kernel_(kernel), target_(target), font_(font), colour_(colour), opacity_(opacity) {}
 
     // Adds columns [glyph, glyph + width) of the glyph plane at target column x.
     void add(std::size_t glyph, std::int64_t x, std::size_t width) {
@@ -31,7 +30,9 @@ public:
             if (columns_ != 0 && x != left_ + std::int64_t(columns_)) flush();
             if (columns_ == 0) left_ = x;
             const std::size_t take = std::min(width, kStrip - columns_);
-            pieces_[count_++] = {glyph, take};
+            // A piece of up to 16 columns is copied as 16 bytes (the strip has room behind its
+            // end, and the next piece overwrites the excess) where every row holds them.
+            pieces_[count_++] = {glyph, std::uint32_t(take), take <= 16 && glyph + 16 <= font_.stride};
             columns_ += take;
             glyph += take;
             x += std::int64_t(take);
@@ -47,9 +48,7 @@ public:
             const std::size_t row = std::size_t(r) * font_.stride;
             for (std::size_t k = 0; k < count_; out += pieces_[k++].width) {
                 const std::uint8_t *in = font_.plane + row + pieces_[k].glyph;
-                // A piece of up to 16 columns is copied as 16 bytes (the strip has room behind
-                // its end, and the next piece overwrites the excess) where the plane holds them.
-                if (pieces_[k].width <= 16 && row + pieces_[k].glyph + 16 <= planeSize_)
+                if (pieces_[k].short_)
                     std::memcpy(out, in, 16);
                 else
                     std::memcpy(out, in, pieces_[k].width);
@@ -72,14 +71,15 @@ public:
 
 private:
     struct Piece {
-        std::size_t glyph, width;
+        std::size_t glyph;
+        std::uint32_t width;
+        bool short_; // copied as 16 bytes
     };
     RowKernel kernel_;
     const PixelTarget &target_;
     const GlyphFont &font_;
     std::uint16_t colour_;
     unsigned opacity_;
-    std::size_t planeSize_;
     std::int64_t y_ = 0, top_ = 0, bottom_ = 0, left_ = 0;
     std::size_t count_ = 0, columns_ = 0;
     Piece pieces_[kStrip];

@@ -1,8 +1,6 @@
 // The application base object against the real string table, registry and file system.
 #include "harness.h"
 
-namespace {
-
 using vtest::readFile;
 using BaseTest = vtest::VellTest;
 
@@ -80,5 +78,3 @@ TEST_F(BaseTest, KeyIsOpenForWritingAndOutlivesTheObject) {
     for (unsigned id : {IDS_BADREGKEY, IDS_MISSING}) // refused by the registry, or missing
         EXPECT_EQ(TVellBase(kModule, IDS_APPNAME, id, false).hKey, nullptr) << "sub-key " << id;
 }
-
-} // namespace

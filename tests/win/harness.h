@@ -70,10 +70,8 @@ BOOL WINAPI addDevice(Id *guid, Text description, Text driver, void *to) {
 inline std::string expectDeviceList(const structDeviceInfo *record, bool sound) {
     std::string platform, object,
         log = sound ? "Initializing DirectSound:\n" : "Initializing DirectDraw:\n";
-    if (sound)
-        DirectSoundEnumerateA(addDevice<GUID, LPCSTR>, &platform);
-    else
-        DirectDrawEnumerateA(addDevice<GUID, LPSTR>, &platform);
+    sound ? DirectSoundEnumerateA(addDevice<GUID, LPCSTR>, &platform)
+          : DirectDrawEnumerateA(addDevice<GUID, LPSTR>, &platform);
     for (; record != nullptr; record = record->lpNext) {
         addDevice<const GUID, char *>(&record->guid, record->lpszDescription,
                                       record->lpszDriverName, &object);
@@ -113,8 +111,7 @@ protected:
         for (const Box &box : boxes)
             ADD_FAILURE() << "unexpected message box \"" << box.caption << "\": " << box.text;
         std::filesystem::current_path(dir_.parent_path());
-        std::error_code ignored;
-        std::filesystem::remove_all(dir_, ignored);
+        std::filesystem::remove_all(dir_); // throws while a file in it is still open
         RegDeleteTreeA(HKEY_CURRENT_USER, keyPath().c_str());
     }
 
@@ -134,8 +131,7 @@ protected:
     // tools/test.sh started one (VELL_EXPECT_SOUND=1), a device that does not open fails the test.
     bool noSound() {
         if (openSound().lpDS != nullptr) return false;
-        const char *expected = std::getenv("VELL_EXPECT_SOUND");
-        if (expected != nullptr && std::strcmp(expected, "1") == 0)
+        if (const char *expected = std::getenv("VELL_EXPECT_SOUND"); expected && *expected == '1')
             ADD_FAILURE() << "the sound device did not open"; // its box says why
         else
             boxes.clear();

@@ -37,10 +37,6 @@ std::string riff(const std::string &chunks, const char *form = "WAVE") {
 
 const std::string kFormat = format(22050, 1, 16);
 
-std::string wave(const std::string &samples) {
-    return riff(kFormat + chunk("data", samples));
-}
-
 // The samples of a 440 Hz tone, 22050 a second, 16 bits each.
 std::string tone(double seconds, double amplitude) {
     std::string samples;
@@ -160,7 +156,7 @@ TEST_F(DeviceTest, DataChunkLongerThanTheFileIsHarmless) {
 }
 
 TEST_F(DeviceTest, VoicesRotate) {
-    structDirectSoundBuffer *s = load(wave(tone(0.05, 1000)), 3);
+    structDirectSoundBuffer *s = load(riff(kFormat + chunk("data", tone(0.05, 1000))), 3);
     ASSERT_NE(s, nullptr);
     ASSERT_EQ(s->nBuffers, 3);
     for (int next : {1, 2, 0, 1}) {
@@ -237,5 +233,6 @@ TEST_F(DeviceTest, RecordedSound) {
     sound->setVolume(50); // about 15 dB less
     EXPECT_NEAR(20 * std::log10(full.rms / record(*sound, s).rms), 15.06, 1.0);
     // With two voices the second play starts while the first still sounds: the sound lasts longer.
-    EXPECT_NEAR(record(*sound, load(wave(tone(0.5, 10000)), 2)).seconds, 0.7, 0.06);
+    EXPECT_NEAR(record(*sound, load(riff(kFormat + chunk("data", tone(0.5, 10000))), 2)).seconds,
+                0.7, 0.06);
 }

@@ -34,10 +34,8 @@ TEST_F(DisplayTest, FullScreenWithoutAWindowShowsOneBoxAndStaysHalfOpen) {
               "Unable to set cooperative level of DirectDraw(tm)!\n\nInvalid parameters!", nullptr);
     EXPECT_NE(dd.lpDD, nullptr); // until Exit
     EXPECT_EQ(dd.lpPrimary, nullptr);
-    EXPECT_EQ(dd.Flip(), 0);
     const std::string opening = vtest::expectDeviceList(dd.lpDeviceList, false);
     EXPECT_EQ(closeAndReadLog(), opening + kClosing);
-    EXPECT_EQ(vtest::readValue(kDeviceValue), kZeroGuid);
 }
 
 TEST_F(DisplayTest, FullScreenOnATrueColourScreenShowsOneBox) {
@@ -54,7 +52,6 @@ TEST_F(DisplayTest, DeviceChoiceIsReadAtConstructionAndSavedAtDestruction) {
     EXPECT_TRUE(IsEqualGUID(dd.guidDevice, kOther));
     str2GUID(kOtherGuid, nullptr); // ignored
     EXPECT_EQ(dd.setDevice(GUID_NULL), 1);
-    EXPECT_NE(dd.lpPrimary, nullptr);
     EXPECT_EQ(vtest::readValue(kDeviceValue), kOtherGuid);
     closeAndReadLog();
     EXPECT_EQ(vtest::readValue(kDeviceValue), kZeroGuid);

@@ -24,7 +24,7 @@ TEST_F(BaseTest, WithoutALogNothingIsWrittenUntilInitDebug) {
 }
 
 TEST_F(BaseTest, LogHoldsExactlyTheFormattedCharacters) {
-    vtest::writeFile("Vell.log", "left over from an earlier run\n");
+    std::ofstream("Vell.log") << "left over from an earlier run\n";
     {
         TVellBase base(kModule, IDS_SHORTNAME, IDS_REGKEY, true);
         const HANDLE log = base.hLogFile;

@@ -46,10 +46,6 @@ inline std::string readFile(const std::string &path) { // "" when it cannot be o
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-inline void writeFile(const std::string &path, const std::string &bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
 inline HWND createWindow() {
     return CreateWindowExA(0, "STATIC", "VellBase test", WS_POPUP | WS_VISIBLE, 0, 0, 640, 480,
                            nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);

@@ -106,7 +106,7 @@ protected:
     }
     // A sound from a file of these bytes; the file must be closed again afterwards.
     structDirectSoundBuffer *load(const std::string &bytes, int voices = 1) {
-        vtest::writeFile("sound.wav", bytes);
+        std::ofstream("sound.wav", std::ios::binary) << bytes; // closed at once
         structDirectSoundBuffer *s = sound->newSound("sound.wav", voices);
         EXPECT_TRUE(DeleteFileA("sound.wav")) << "the file was left open";
         if (s != nullptr) loaded.push_back(s);
@@ -163,11 +163,11 @@ TEST_F(DeviceTest, VoicesRotate) {
         EXPECT_EQ(sound->playSound(s), 1);
         EXPECT_EQ(s->iNext, next);
     }
-    LONG volume = 0;
     sound->dwVolume = 20000; // beyond silence, as a hand-edited registry may have it
     s->iNext = 7;            // out of range: voice 0
     EXPECT_EQ(sound->playSound(s), 1);
     EXPECT_EQ(s->iNext, 1);
+    LONG volume = 0;
     s->lpdsBuffer[0]->GetVolume(&volume);
     EXPECT_EQ(volume, -10000);
 }

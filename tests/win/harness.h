@@ -89,6 +89,8 @@ inline std::vector<Box> *recordedBoxes = nullptr;
 class VellTest : public ::testing::Test {
 protected:
     void SetUp() override {
+        // A crash ends the program instead of waiting for a click on an error dialog.
+        SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
         RegDeleteTreeA(HKEY_CURRENT_USER, keyPath().c_str());
         static int serial = 0;
         dir_ =

@@ -38,10 +38,9 @@ TEST_F(BaseTest, LogHoldsExactlyTheFormattedCharacters) {
         base.DebugOut("|next\n");
         EXPECT_EQ(readFile("Vell.log"), "") << "the open log is shared";
     }
-    EXPECT_EQ(readFile("Vell.log"),
-              "Initializing DirectDraw:\n  no line breakx|4|1099511627776|1.50|"
-              "0000beef\n" +
-                  std::string(1023, 'a') + "|next\n");
+    const std::string formatted =
+        "Initializing DirectDraw:\n  no line breakx|4|1099511627776|1.50|";
+    EXPECT_EQ(readFile("Vell.log"), formatted + "0000beef\n" + std::string(1023, 'a') + "|next\n");
 }
 
 TEST_F(BaseTest, NamesStringsAndKeys) {

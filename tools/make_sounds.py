@@ -1,5 +1,7 @@
-#!/usr/bin/env python3
-"""Writes the demo's sound effects: 22050 Hz, 16-bit mono PCM wave files (run after changing them).
+#!/usr/bin/python3
+"""Writes the demo's sound effects, 22050 Hz 16-bit mono wave files.
+
+Usage: tools/make_sounds.py   (from anywhere; run it after changing a sound below)
 
 demo/blip.wav     0.12 s rising tone, played when the ship turns
 demo/whoosh.wav   0.30 s falling noise sweep, played when a rock leaves the screen
@@ -7,22 +9,24 @@ demo/whoosh.wav   0.30 s falling noise sweep, played when a rock leaves the scre
 import math
 import os
 import random
-import struct
+import wave
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 RATE = 22050
 
 
 def write_wave(path, samples):
-    data = b"".join(struct.pack("<h", max(-32767, min(32767, int(s)))) for s in samples)
-    fmt = struct.pack("<HHIIHH", 1, 1, RATE, 2 * RATE, 2, 16)
-    body = b"WAVE" + b"fmt " + struct.pack("<I", len(fmt)) + fmt
-    body += b"data" + struct.pack("<I", len(data)) + data
-    with open(os.path.join(ROOT, path), "wb") as f:
-        f.write(b"RIFF" + struct.pack("<I", len(body)) + body)
+    """Writes samples (numbers, full scale +-32767) as a mono 16-bit wave file."""
+    clipped = (max(-32767, min(32767, int(s))) for s in samples)
+    with wave.open(os.path.join(ROOT, path), "wb") as out:
+        out.setnchannels(1)
+        out.setsampwidth(2)
+        out.setframerate(RATE)
+        out.writeframes(b"".join(s.to_bytes(2, "little", signed=True) for s in clipped))
 
 
 def blip():
+    """A tone gliding from 700 to 1400 Hz with a third harmonic, fading out."""
     n = int(0.12 * RATE)
     phase = 0.0
     for i in range(n):
@@ -33,12 +37,13 @@ def blip():
 
 
 def whoosh():
+    """White noise through a low-pass filter that closes over time, swelling and fading."""
     rng = random.Random(7)
     n = int(0.30 * RATE)
     low = 0.0
     for i in range(n):
         t = i / n
-        cutoff = 0.35 * (1 - t) + 0.03  # a one-pole low-pass closing over time
+        cutoff = 0.35 * (1 - t) + 0.03  # a one-pole low-pass
         low += cutoff * (rng.uniform(-1, 1) - low)
         envelope = math.sin(math.pi * t) ** 2
         yield 20000 * envelope * low

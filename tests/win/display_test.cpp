@@ -1,171 +1,206 @@
-// The display object against Wine's DirectDraw: opening full screen and windowed, the log, the
-// device list, the device choice in the registry, failures and their message boxes.
-#include "display_fixture.h"
+// The display object against Wine's DirectDraw: opening and closing, the device choice in the
+// registry, failures and their boxes, surfaces and bitmaps, blits, fills, flips, colour matching.
+#include "harness.h"
 
-namespace {
+#include <cstdint>
+#include <functional>
 
-using vtest::DisplayTest;
-using vtest::readTestValue;
-using vtest::writeTestValue;
+using DisplayTest = vtest::VellTest;
 
-const char kZeroText[] = "{00000000-0000-0000-0000-000000000000}";
+const char kDeviceValue[] = "TDirectDraw::guidDevice";
+const char kZeroGuid[] = "{00000000-0000-0000-0000-000000000000}";
+const char kOtherGuid[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}"; // bytes in memory order
+const GUID kOther = {0x67452301, 0xAB89, 0xEFCD, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
+const std::string kReleasing = "  Releasing DirectDraw interfaces:\n  done.\n";
+const std::string kClosing = "De-initializing DirectDraw:\n" + kReleasing + "done.\n";
 
-std::string constructionLog() {
-    return vtest::constructionLog("DirectDraw", vtest::displayDevices());
-}
+using vtest::dataFile;
+using vtest::screenDepth;
 
-const std::string kDestructionLog =
-    "De-initializing DirectDraw:\n  Releasing DirectDraw interfaces:\n  done.\ndone.\n";
-
-// The registry value as stored: the 38 characters the display writes, plus the terminating zero
-// the registry adds to a text counted without it.
-std::string storedGuid(const char *text) {
-    return std::string(text, 39);
-}
-
-TEST_F(DisplayTest, FullScreenOpensAt640By480With5_6_5) {
-    VELL_NEEDS_16_BIT_SCREEN();
-    TDirectDraw &dd = open(1);
-    ASSERT_NE(dd.lpDD, nullptr);
-    ASSERT_NE(dd.lpPrimary, nullptr);
-    ASSERT_NE(dd.lpBack, nullptr);
-    EXPECT_EQ(dd.hWnd, window);
-    EXPECT_EQ(dd.dwMode, 1u);
-    EXPECT_EQ(dd.dwGraphicsMode, 2u);
-    EXPECT_EQ(dd.wWhite, 0xFFFF);
-    {
-        vtest::SurfaceLock back(dd.lpBack);
-        ASSERT_TRUE(back.ok());
-        EXPECT_EQ(back.width(), 640);
-        EXPECT_EQ(back.height(), 480);
-        EXPECT_EQ(back.bits(), 16);
-    }
-    EXPECT_TRUE(boxes->boxes().empty());
-
-    // The device list mirrors the enumeration, in order, with own copies of the texts.
-    const auto devices = vtest::displayDevices();
-    vtest::expectDeviceList(dd.lpDeviceList, devices);
-    ASSERT_FALSE(devices.empty());
-    const std::string expected = constructionLog() + kDestructionLog;
-    EXPECT_TRUE(IsEqualGUID(dd.lpDeviceList->guid, GUID_NULL)); // the primary driver
-
-    EXPECT_EQ(closeAndReadLog(), expected);
-    const auto value = readTestValue("TDirectDraw::guidDevice");
-    ASSERT_TRUE(value.has_value());
-    EXPECT_EQ(value->type, static_cast<DWORD>(REG_SZ));
-    EXPECT_EQ(value->data, storedGuid(kZeroText));
-}
-
-TEST_F(DisplayTest, EveryOtherModeIsWindowed) {
-    for (unsigned long mode : {0ul, 2ul, 7ul}) {
-        TDirectDraw &dd = open(mode);
-        EXPECT_NE(dd.lpPrimary, nullptr) << "mode " << mode;
-        EXPECT_EQ(dd.lpBack, nullptr) << "mode " << mode;
-        EXPECT_EQ(dd.Flip(), 0) << "mode " << mode; // the desktop does not flip
-        if (vtest::screenDepth() == 16) {
-            EXPECT_EQ(dd.dwGraphicsMode, 2u);
-            EXPECT_EQ(dd.wWhite, 0xFFFF);
-        } else {
-            // Not a 16-bit desktop: painting must refuse rather than corrupt it.
-            EXPECT_EQ(dd.dwGraphicsMode, 0u);
-            EXPECT_EQ(dd.wWhite, 0);
-        }
-        display.reset();
-    }
-    EXPECT_TRUE(boxes->boxes().empty());
-}
-
-TEST_F(DisplayTest, FullScreenWithoutWindowShowsOneBox) {
-    base->hWnd = nullptr;
-    TDirectDraw &dd = open(1);
-    const auto shown = boxes->take();
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].caption, "DirectDraw");
-    EXPECT_EQ(shown[0].text,
-              "Unable to set cooperative level of DirectDraw(tm)!\n\nInvalid parameters!");
-    // Half open: DirectDraw stays until Exit, no surfaces.
-    EXPECT_NE(dd.lpDD, nullptr);
+TEST_F(DisplayTest, FullScreenWithoutAWindowShowsOneBoxAndStaysHalfOpen) {
+    client().hWnd = nullptr;
+    TDirectDraw &dd = openDisplay();
+    expectBox("DirectDraw",
+              "Unable to set cooperative level of DirectDraw(tm)!\n\nInvalid parameters!", nullptr);
+    EXPECT_NE(dd.lpDD, nullptr); // until Exit
     EXPECT_EQ(dd.lpPrimary, nullptr);
-    EXPECT_EQ(dd.lpBack, nullptr);
-    EXPECT_EQ(dd.Flip(), 0);
-    // Destruction releases what exists, and still writes the device choice.
-    EXPECT_EQ(closeAndReadLog(), constructionLog() + kDestructionLog);
-    EXPECT_TRUE(readTestValue("TDirectDraw::guidDevice").has_value());
+    const std::string opening = vtest::expectDeviceList(dd.lpDeviceList, false);
+    EXPECT_EQ(closeAndReadLog(), opening + kClosing);
 }
 
-TEST_F(DisplayTest, FullScreenOnA24BitScreenShowsOneBox) {
-    VELL_NEEDS_TRUE_COLOUR_SCREEN();
-    TDirectDraw &dd = open(1);
-    const auto shown = boxes->take();
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].caption, "DirectDraw");
-    EXPECT_EQ(shown[0].text, "Unable to set display mode!\n\nOperation not supported!");
-    EXPECT_EQ(shown[0].owner, window);
-    EXPECT_NE(dd.lpDD, nullptr);
+TEST_F(DisplayTest, FullScreenOnATrueColourScreenShowsOneBox) {
+    if (screenDepth() < 24) GTEST_SKIP() << "needs a true-colour X screen";
+    TDirectDraw &dd = openDisplay();
+    expectBox("DirectDraw", "Unable to set display mode!\n\nOperation not supported!", window);
     EXPECT_EQ(dd.lpPrimary, nullptr);
-    EXPECT_EQ(dd.dwGraphicsMode, 0u); // defined even though Init never got that far
+    EXPECT_EQ(dd.dwGraphicsMode, 0u);
 }
 
-TEST_F(DisplayTest, StoredDeviceIsUsedAndSavedBackUnchanged) {
-    const char text[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}";
-    ASSERT_TRUE(writeTestValue("TDirectDraw::guidDevice", REG_SZ, text));
-    TDirectDraw &dd = open(0);
-    GUID expected;
-    str2GUID(text, &expected);
-    EXPECT_TRUE(IsEqualGUID(dd.guidDevice, expected));
-    closeAndReadLog();
-    EXPECT_EQ(readTestValue("TDirectDraw::guidDevice")->data, storedGuid(text));
-}
-
-TEST_F(DisplayTest, SetDeviceReachesTheRegistryOnlyAtDestruction) {
-    const char text[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}";
-    ASSERT_TRUE(writeTestValue("TDirectDraw::guidDevice", REG_SZ, text));
-    TDirectDraw &dd = open(0);
+TEST_F(DisplayTest, DeviceChoiceIsReadAtConstructionAndSavedAtDestruction) {
+    ASSERT_TRUE(vtest::writeValue(kDeviceValue, kOtherGuid));
+    TDirectDraw &dd = openDisplay(0);
+    EXPECT_TRUE(IsEqualGUID(dd.guidDevice, kOther));
+    str2GUID(kOtherGuid, nullptr); // ignored
     EXPECT_EQ(dd.setDevice(GUID_NULL), 1);
-    EXPECT_TRUE(IsEqualGUID(dd.guidDevice, GUID_NULL));
-    EXPECT_NE(dd.lpPrimary, nullptr);
-    EXPECT_EQ(readTestValue("TDirectDraw::guidDevice")->data, storedGuid(text));
+    EXPECT_EQ(vtest::readValue(kDeviceValue), kOtherGuid);
     closeAndReadLog();
-    EXPECT_EQ(readTestValue("TDirectDraw::guidDevice")->data, storedGuid(kZeroText));
+    EXPECT_EQ(vtest::readValue(kDeviceValue), kZeroGuid);
+
+    ASSERT_TRUE(vtest::writeValue(kDeviceValue, std::string(300, 'A'))); // too long to be read
+    EXPECT_TRUE(IsEqualGUID(openDisplay(0).guidDevice, GUID_NULL));
 }
 
-TEST_F(DisplayTest, UnreadableRegistryValueMeansTheDefaultDevice) {
-    ASSERT_TRUE(vtest::writeTestValue("TDirectDraw::guidDevice", REG_SZ, std::string(300, 'A')));
-    TDirectDraw &dd = open(0);
-    EXPECT_TRUE(IsEqualGUID(dd.guidDevice, GUID_NULL)); // too long for its buffer: not read
-}
-
-TEST_F(DisplayTest, ExitClosesAndInitReopens) {
-    VELL_NEEDS_16_BIT_SCREEN();
-    TDirectDraw &dd = open(1);
-    EXPECT_EQ(dd.Exit(), 1);
-    EXPECT_EQ(dd.lpDD, nullptr);
-    EXPECT_EQ(dd.lpPrimary, nullptr);
+TEST_F(DisplayTest, WindowedFailuresAreShownOrLoggedAndNeverCrash) {
+    TDirectDraw &dd = openDisplay(2); // every mode but 1 is windowed
+    IDirectDrawSurface2 *s = dd.lpPrimary;
+    ASSERT_NE(s, nullptr);
     EXPECT_EQ(dd.lpBack, nullptr);
-    EXPECT_EQ(dd.Flip(), 0);
-    EXPECT_EQ(dd.Init(), 1);
-    EXPECT_NE(dd.lpBack, nullptr);
-    EXPECT_EQ(dd.Flip(), 1);
-    EXPECT_EQ(dd.RestoreAll(), 0);
+    EXPECT_EQ(dd.Flip(), 0); // the desktop does not flip
+    // On a desktop of another depth than 16 bits painting must refuse rather than corrupt it.
+    EXPECT_EQ(dd.wWhite, screenDepth() == 16 ? 0xFFFF : 0);
+    RECT r = dd.CreateRect(0, 0, 32, 32);
+    EXPECT_EQ(dd.Blit(nullptr, 0, 0, s, &r, 0), 0);
+    EXPECT_EQ(dd.Blit(s, 0, 0, s, nullptr, 0), 0);
+    EXPECT_EQ(dd.ClearSurface(nullptr, 0), DDERR_INVALIDPARAMS);
+    EXPECT_EQ(dd.ColorMatch(nullptr, 0), 0xFFFFFFFFul);
+
+    DDSURFACEDESC desc = {};
+    desc.dwSize = sizeof desc;
+    desc.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT;
+    desc.dwHeight = 12; // and width 0: refused in video memory, then in system memory
+    EXPECT_FALSE(dd.CreateSurface(s, desc));
+    EXPECT_EQ(s, nullptr);
+    EXPECT_EQ(desc.ddsCaps.dwCaps, DWORD(DDSCAPS_OFFSCREENPLAIN | DDSCAPS_SYSTEMMEMORY));
+    expectBox("DirectDraw", "CreateSurface() failed!\n\nInvalid parameters!", window);
+    EXPECT_FALSE(dd.CreateSurface(s, 0, 5, nullptr));
+    expectBox("DirectDraw", "CreateSurface() failed!\n\nInvalid parameters!", window);
+    EXPECT_FALSE(dd.CreateSurface(s, 0, 0, "no such bitmap"));
+    EXPECT_FALSE(dd.LoadBitmap(nullptr, "nope.bmp", false));
+    EXPECT_FALSE(dd.LoadBitmap(nullptr, nullptr, false));
+    dd.Exit();
+    base->hWnd = vtest::createWindow(); // boxes belong to the window of construction
+    EXPECT_FALSE(dd.CreateSurface(s, 8, 8, nullptr));
+    expectBox("DirectDraw", "CreateSurface() failed!\n\nUnknown HRESULT(0x800401f0)", window);
+    DestroyWindow(base->hWnd);
+    const std::string opening = vtest::expectDeviceList(dd.lpDeviceList, false);
+    const std::string failed = "CreateSurface(LPSURFACE, int, int, const char*) - ";
+    const std::string refused = failed + "CreateSurface(LPSURFACE, DDSURFACEDESC) faile.\n";
+    EXPECT_EQ(closeAndReadLog(), opening + refused + failed + "LoadImage() failed.\n" +
+                                     "LoadBitmap(\"nope.bmp\") - LoadImage() failed,\n" +
+                                     kReleasing + refused + kClosing);
 }
 
-TEST_F(DisplayTest, ErrorTextsAndTheBoxOwner) {
-    TDirectDraw &dd = open(0);
-    char text[128];
-    dd.getErrorString(static_cast<int>(0x88760231), text);
-    EXPECT_STREQ(text, "Not a valid DirectDraw(tm) driver!\n(Wrong GUID!)");
-    dd.getErrorString(static_cast<int>(0x88780096), text);
-    EXPECT_STREQ(text, "Unknown HRESULT(0x88780096)");
-
-    // The owner is the window handle copied at construction, not a later one.
-    HWND other = vtest::createTestWindow();
-    base->hWnd = other;
-    EXPECT_FALSE(dd.ErrorMessage(static_cast<int>(0x887601C2), "Something failed."));
-    const auto shown = boxes->take();
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].text, "Something failed.\n\nSurface lost!");
-    EXPECT_EQ(shown[0].owner, window);
-    DestroyWindow(other);
+// Every pixel of a w by h 16-bit surface against want(x, y); names the first that differs.
+void expectPixels(IDirectDrawSurface2 *s, int w, int h,
+                  const std::function<std::uint16_t(int, int)> &want) {
+    DDSURFACEDESC desc = {};
+    desc.dwSize = sizeof desc;
+    ASSERT_EQ(s->Lock(nullptr, &desc, DDLOCK_WAIT, nullptr), DD_OK);
+    const bool sized = desc.dwWidth == DWORD(w) && desc.dwHeight == DWORD(h);
+    int first = -1;
+    for (int i = 0; sized && first < 0 && i < w * h; ++i) {
+        const char *row = static_cast<char *>(desc.lpSurface) + i / w * desc.lPitch;
+        if (reinterpret_cast<const std::uint16_t *>(row)[i % w] != want(i % w, i / w)) first = i;
+    }
+    s->Unlock(nullptr);
+    EXPECT_TRUE(sized) << desc.dwWidth << "x" << desc.dwHeight;
+    EXPECT_EQ(first, -1) << "differs at " << first % w << "," << first / w;
 }
 
-} // namespace
+// The quadrant bitmap (red, green / blue, white), repeated.
+std::uint16_t quadrant(int x, int y) {
+    const std::uint16_t colours[2][2] = {{0xF800, 0x07E0}, {0x001F, 0xFFFF}};
+    return colours[y / 8 % 2][x / 8 % 2];
+}
+
+// Full screen on the 16-bit X screen. Surfaces made with `make` are released after the test.
+class FullScreenTest : public DisplayTest {
+protected:
+    void SetUp() override {
+        DisplayTest::SetUp();
+        if (screenDepth() != 16) GTEST_SKIP() << "needs the 16-bit X screen";
+        ASSERT_NE(openDisplay().lpBack, nullptr);
+    }
+    void TearDown() override {
+        for (IDirectDrawSurface2 *s : surfaces)
+            s->Release();
+        DisplayTest::TearDown();
+    }
+    template <class... Args> IDirectDrawSurface2 *make(Args &&...args) {
+        IDirectDrawSurface2 *s = nullptr;
+        EXPECT_TRUE(display->CreateSurface(s, args...));
+        if (s != nullptr) surfaces.push_back(s);
+        return s;
+    }
+    std::vector<IDirectDrawSurface2 *> surfaces;
+};
+
+TEST_F(FullScreenTest, OpensWith5_6_5AndCloses) {
+    EXPECT_EQ(display->dwGraphicsMode, 2u);
+    EXPECT_EQ(display->wWhite, 0xFFFF);
+    const std::string opening = vtest::expectDeviceList(display->lpDeviceList, false);
+    EXPECT_EQ(display->Exit(), 1);
+    EXPECT_EQ(display->lpBack, nullptr);
+    EXPECT_EQ(display->Flip(), 0);
+    EXPECT_EQ(display->Init(), 1);
+    EXPECT_EQ(display->Flip(), 1);
+    EXPECT_EQ(closeAndReadLog(), opening + kReleasing + kClosing);
+    EXPECT_EQ(vtest::readValue(kDeviceValue), kZeroGuid);
+}
+
+TEST_F(FullScreenTest, BitmapsFromResourcesOrFilesAreTiledOrStretched) {
+    // A file named like the resource holds another picture: the executable's resource wins.
+    ASSERT_TRUE(CopyFileA(dataFile("green8.bmp").c_str(), "TILE", FALSE));
+    expectPixels(make(0, 0, "TILE"), 16, 16, quadrant);
+    const std::string file = dataFile("quad16.bmp");
+    expectPixels(make(64, 32, file.c_str()), 64, 32, quadrant);
+    expectPixels(make(20, 9, file.c_str()), 20, 9, quadrant); // tiles cut at the edges
+    IDirectDrawSurface2 *stretched = make(32, 32, nullptr);
+    ASSERT_TRUE(display->LoadBitmap(stretched, "TILE", true));
+    expectPixels(stretched, 32, 32, [](int x, int y) { return quadrant(x / 2, y / 2); });
+}
+
+TEST_F(FullScreenTest, CopyBitmapTilesOneCell) {
+    HANDLE strip = LoadImageA(nullptr, dataFile("strip32.bmp").c_str(), IMAGE_BITMAP, 0, 0,
+                              LR_CREATEDIBSECTION | LR_LOADFROMFILE);
+    IDirectDrawSurface2 *s = make(48, 40, nullptr);
+    EXPECT_TRUE(display->CopyBitmap(s, strip, 16, 0, 16, 16, false)); // the blue cell
+    expectPixels(s, 48, 40, [](int, int) { return 0x001F; });
+    EXPECT_TRUE(display->CopyBitmap(s, strip, 0, 0, -16, -16, false)); // one cell, not a loop
+    EXPECT_FALSE(display->CopyBitmap(s, nullptr, 0, 0, 0, 0, false));
+    DeleteObject(strip);
+}
+
+TEST_F(FullScreenTest, LostSurfacesFailUntilCopyBitmapBringsThemBack) {
+    IDirectDrawSurface2 *s = make(16, 16, nullptr);
+    ASSERT_EQ(display->lpDD->SetDisplayMode(640, 480, 16), DD_OK); // every surface is lost
+    ASSERT_EQ(s->IsLost(), DDERR_SURFACELOST);
+    ASSERT_EQ(display->lpPrimary->IsLost(), DDERR_SURFACELOST);
+    EXPECT_EQ(display->Flip(), 0);
+    EXPECT_EQ(display->Flip(), 0); // nothing restores them by itself
+    ASSERT_TRUE(display->LoadBitmap(s, "TILE", false));
+    EXPECT_EQ(s->IsLost(), DD_OK);
+    expectPixels(s, 16, 16, quadrant);
+}
+
+TEST_F(FullScreenTest, BlitCopiesWhatFitsAndClipsTheCallersRectangle) {
+    // The rule itself is tested natively (blit_clip_test); here its use of the platform's blitter.
+    IDirectDrawSurface2 *source = make(0, 0, "TILE");
+    RECT r = display->CreateRect(4, 2, 10, 12); // columns 4 to 13, rows 2 to 13
+    ASSERT_EQ(display->ClearSurface(display->lpBack, 0), DD_OK);
+    EXPECT_EQ(display->Blit(display->lpBack, 639, 0, source, &r, 0), 1); // the last column: nothing
+    EXPECT_EQ(display->Blit(display->lpBack, -6, 470, source, &r, 0), 1); // off two edges
+    const RECT clipped = {10, 2, 14, 12};
+    EXPECT_TRUE(EqualRect(&r, &clipped));
+    expectPixels(display->lpBack, 640, 480, [](int x, int y) -> std::uint16_t {
+        return x < 4 && y >= 470 ? quadrant(10 + x, y - 468) : 0;
+    });
+}
+
+TEST_F(FullScreenTest, ColorMatchGivesThePixelValueOfAColour) {
+    IDirectDrawSurface2 *s = make(4, 4, nullptr);
+    ASSERT_EQ(display->ClearSurface(s, 0x1234), DD_OK); // only the first pixel counts
+    EXPECT_EQ(display->ColorMatch(s, RGB(255, 255, 255)), 0xFFFFul);
+    EXPECT_EQ(display->ColorMatch(s, RGB(0, 0, 255)), 0x001Ful);
+    EXPECT_EQ(display->ColorMatch(s, CLR_INVALID), 0x1234ul); // the fill, put back
+}

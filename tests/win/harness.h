@@ -1,150 +1,214 @@
-// Helpers shared by the Windows test programs: message-box capture, the test's registry key,
-// files, and a fixture that gives every test its own working directory and a clean key.
+// What the Windows test programs share: one fixture that gives each test its own working directory,
+// a clean registry key and a record of the message boxes shown, and makes the client's objects on
+// demand; helpers for the key, files and the platform's device lists.
 #ifndef VELL_TEST_HARNESS_H
 #define VELL_TEST_HARNESS_H
 
 #include "VellBase.h"
 
+#include "test_strings.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vtest {
 
-HINSTANCE testModule();
+inline std::string keyPath() { // HKEY_CURRENT_USER\<string IDS_REGKEY>, the test program's key
+    char path[512] = {};
+    LoadStringA(GetModuleHandleA(nullptr), IDS_REGKEY, path, sizeof path);
+    return path;
+}
 
-// Answers every message box shown on this thread while it lives: records its caption and text and
-// closes it with OK at once, so the code under test never blocks.
-class MessageBoxCapture {
-public:
-    struct Box {
-        std::string caption;
-        std::string text;
-        HWND owner = nullptr;
-    };
-    MessageBoxCapture();
-    ~MessageBoxCapture();
-    MessageBoxCapture(const MessageBoxCapture &) = delete;
-    MessageBoxCapture &operator=(const MessageBoxCapture &) = delete;
+inline bool writeValue(const char *name, const std::string &bytes, DWORD type = REG_SZ) {
+    return RegSetKeyValueA(HKEY_CURRENT_USER, keyPath().c_str(), name, type, bytes.data(),
+                           static_cast<DWORD>(bytes.size())) == ERROR_SUCCESS;
+}
 
-    const std::vector<Box> &boxes() const { return boxes_; }
-    void clear() { boxes_.clear(); }
-    std::vector<Box> take() { return std::exchange(boxes_, {}); }
+// A value of the key: a REG_DWORD in decimal, a REG_SZ as it is; "" when missing or of another
+// type.
+inline std::string readValue(const char *name) {
+    char data[512] = {};
+    DWORD type = REG_NONE, size = sizeof data;
+    RegGetValueA(HKEY_CURRENT_USER, keyPath().c_str(), name, RRF_RT_REG_DWORD | RRF_RT_REG_SZ,
+                 &type, data, &size);
+    return type == REG_DWORD ? std::to_string(*reinterpret_cast<DWORD *>(data)) : data;
+}
 
-private:
-    static LRESULT CALLBACK hook(int code, WPARAM wParam, LPARAM lParam);
-    HHOOK hook_ = nullptr;
-    std::vector<Box> boxes_;
+inline std::string readFile(const std::string &path) { // "" when it cannot be opened
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline std::string dataFile(const char *name) { // test data, in "data" beside the program
+    char program[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, program, MAX_PATH);
+    return (std::filesystem::path(program).parent_path() / "data" / name).string();
+}
+
+inline int screenDepth() { // bits per pixel of the X screen
+    HDC screen = GetDC(nullptr);
+    const int bits = GetDeviceCaps(screen, BITSPIXEL);
+    ReleaseDC(nullptr, screen);
+    return bits;
+}
+
+// Every pixel of a 16-bit surface, row by row; with `fill` each is first set to a pattern.
+inline std::vector<std::uint16_t> pixels(IDirectDrawSurface2 *s, bool fill = false) {
+    DDSURFACEDESC desc = {};
+    desc.dwSize = sizeof desc;
+    std::vector<std::uint16_t> all;
+    if (s->Lock(nullptr, &desc, DDLOCK_WAIT, nullptr) != DD_OK) {
+        ADD_FAILURE() << "the surface cannot be locked";
+        return all;
+    }
+    for (DWORD y = 0; y < desc.dwHeight; ++y) {
+        auto *row = reinterpret_cast<std::uint16_t *>(static_cast<char *>(desc.lpSurface) +
+                                                      y * desc.lPitch);
+        for (DWORD x = 0; x < desc.dwWidth; ++x)
+            all.push_back(fill ? row[x] = static_cast<std::uint16_t>(all.size() * 977 + y)
+                               : row[x]);
+    }
+    s->Unlock(nullptr);
+    return all;
+}
+
+inline HWND createWindow() {
+    return CreateWindowExA(0, "STATIC", "VellBase test", WS_POPUP | WS_VISIBLE, 0, 0, 640, 480,
+                           nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
+}
+
+// The devices as the platform enumerates them or as a device object lists them, one line each.
+template <class Id, class Text>
+BOOL WINAPI addDevice(Id *guid, Text description, Text driver, void *to) {
+    const GUID id = guid != nullptr ? *guid : GUID_NULL;
+    *static_cast<std::string *>(to) += std::string(reinterpret_cast<const char *>(&id), sizeof id) +
+                                       description + "\n" + driver + "\n";
+    return TRUE;
+}
+
+// Checks a device object's list against the platform's enumeration; returns what the object's
+// construction logs: "Initializing DirectDraw:\n", "  Enumerating %s:\n  done.\n" for each device,
+// "done.\n".
+inline std::string expectDeviceList(const structDeviceInfo *record, bool sound) {
+    std::string platform, object,
+        log = sound ? "Initializing DirectSound:\n" : "Initializing DirectDraw:\n";
+    sound ? DirectSoundEnumerateA(addDevice<GUID, LPCSTR>, &platform)
+          : DirectDrawEnumerateA(addDevice<GUID, LPSTR>, &platform);
+    for (; record != nullptr; record = record->lpNext) {
+        addDevice<const GUID, char *>(&record->guid, record->lpszDescription,
+                                      record->lpszDriverName, &object);
+        log += std::string("  Enumerating ") + record->lpszDescription + ":\n  done.\n";
+    }
+    EXPECT_NE(platform, "");
+    EXPECT_EQ(object, platform);
+    return log + "done.\n";
+}
+
+struct Box {
+    std::string caption, text;
+    HWND owner;
 };
+inline std::vector<Box> *recordedBoxes = nullptr;
 
-// The test program's own key, HKEY_CURRENT_USER\<string IDS_REGKEY>.
-struct RegistryValue {
-    DWORD type = REG_NONE;
-    std::string data; // the bytes as stored; for text types the stored characters, no more
-};
-std::string testKeyPath();
-void removeTestKey();
-bool testKeyExists();
-bool writeTestValue(const std::string &name, DWORD type, const std::string &data);
-bool writeTestDword(const std::string &name, DWORD value);
-std::optional<RegistryValue> readTestValue(const std::string &name);
-
-// Whole-file helpers; a file that cannot be opened reads as std::nullopt.
-std::optional<std::string> readFile(const std::string &path);
-bool writeFile(const std::string &path, const std::string &data);
-bool fileExists(const std::string &path);
-
-// A fresh directory under %TEMP%, made the current directory for the object's lifetime and
-// removed with everything in it afterwards.
-class ScopedWorkDir {
-public:
-    ScopedWorkDir();
-    ~ScopedWorkDir();
-    ScopedWorkDir(const ScopedWorkDir &) = delete;
-    ScopedWorkDir &operator=(const ScopedWorkDir &) = delete;
-    const std::string &path() const { return path_; }
-
-private:
-    std::string previous_;
-    std::string path_;
-};
-
-// A visible 640x480 pop-up window of the test program's own class; destroy it with DestroyWindow.
-HWND createTestWindow();
-
-// Full path of a file in the test data folder copied beside the test program.
-std::string dataFile(const std::string &name);
-
-// Bits per pixel of the X screen the program runs on.
-int screenDepth();
-
-// A surface locked whole for the object's lifetime, to read and write its pixels directly.
-class SurfaceLock {
-public:
-    explicit SurfaceLock(IDirectDrawSurface2 *surface);
-    ~SurfaceLock();
-    SurfaceLock(const SurfaceLock &) = delete;
-    SurfaceLock &operator=(const SurfaceLock &) = delete;
-
-    bool ok() const { return locked_; }
-    HRESULT result() const { return result_; }
-    int width() const { return static_cast<int>(desc_.dwWidth); }
-    int height() const { return static_cast<int>(desc_.dwHeight); }
-    int bits() const { return static_cast<int>(desc_.ddpfPixelFormat.dwRGBBitCount); }
-    std::uint16_t &at(int x, int y); // 16-bit surfaces only
-
-private:
-    IDirectDrawSurface2 *surface_;
-    DDSURFACEDESC desc_;
-    HRESULT result_;
-    bool locked_ = false;
-};
-
-// One pixel of a 16-bit surface, or 0xFFFFFFFF when it cannot be locked.
-std::uint32_t pixel16(IDirectDrawSurface2 *surface, int x, int y);
-
-// Base fixture: its own working directory, the test key removed before and after the test, and
-// every message box captured. Boxes still recorded at the end fail the test: a test that expects
-// boxes checks them and calls boxes->clear().
+// Every message box shown during a test is recorded and closed with OK at once; one the test does
+// not check with expectBox (or clear from `boxes`) fails it.
 class VellTest : public ::testing::Test {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override {
+        // A crash ends the program instead of waiting for a click on an error dialog.
+        SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+        RegDeleteTreeA(HKEY_CURRENT_USER, keyPath().c_str());
+        static int serial = 0;
+        dir_ =
+            std::filesystem::temp_directory_path() /
+            ("velltest-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++serial));
+        std::filesystem::create_directory(dir_);
+        std::filesystem::current_path(dir_);
+        recordedBoxes = &boxes;
+        hook_ = SetWindowsHookExA(WH_CBT, hook, nullptr, GetCurrentThreadId());
+    }
+    void TearDown() override {
+        closeAndReadLog();
+        if (window != nullptr) DestroyWindow(window);
+        UnhookWindowsHookEx(hook_);
+        recordedBoxes = nullptr;
+        for (const Box &box : boxes)
+            ADD_FAILURE() << "unexpected message box \"" << box.caption << "\": " << box.text;
+        std::filesystem::current_path(dir_.parent_path());
+        std::filesystem::remove_all(dir_); // throws while a file in it is still open
+        RegDeleteTreeA(HKEY_CURRENT_USER, keyPath().c_str());
+    }
 
-    std::optional<ScopedWorkDir> workDir;
-    std::optional<MessageBoxCapture> boxes;
-};
+    // The client as the library expects one: a base object (application "VellTest", its log on)
+    // with a visible window in its hWnd, made on first use.
+    TVellBase &client() {
+        if (base) return *base;
+        base.emplace(GetModuleHandleA(nullptr), IDS_APPNAME, IDS_REGKEY, true);
+        if (window == nullptr) window = createWindow();
+        base->hWnd = window;
+        return *base;
+    }
+    TDirectDraw &openDisplay(unsigned long mode = 1) { return display.emplace(&client(), mode); }
+    TDirectSound &openSound() { return sound.emplace(&client()); }
 
-// A client as the library expects one: a base object (application name "VellTest", its log on)
-// with a test window stored in its hWnd. Device fixtures derive from it and destroy their device in
-// closeDevice, before the base object goes.
-class ClientTest : public VellTest {
-protected:
-    void SetUp() override;
-    void TearDown() override;
-    virtual void closeDevice() {}
+    // Opens the sound device; true when this machine has none (no sound server). Where
+    // tools/test.sh started one (VELL_EXPECT_SOUND=1), a device that does not open fails the test.
+    bool noSound() {
+        if (openSound().lpDS != nullptr) return false;
+        if (const char *expected = std::getenv("VELL_EXPECT_SOUND"); expected && *expected == '1')
+            ADD_FAILURE() << "the sound device did not open"; // its box says why
+        else
+            boxes.clear();
+        return true;
+    }
 
-    // Destroys the device and the base object; returns the log.
-    std::string closeAndReadLog();
+    // Destroys the device objects, then the base object; returns the log.
+    std::string closeAndReadLog() {
+        display.reset();
+        sound.reset();
+        base.reset();
+        return readFile("VellTest.log");
+    }
+
+    // Exactly one box was shown since the last check, and this is it.
+    void expectBox(const char *caption, const std::string &text, HWND owner) {
+        ASSERT_EQ(boxes.size(), 1u) << "expected one box: " << text;
+        EXPECT_EQ(boxes[0].caption, caption);
+        EXPECT_EQ(boxes[0].text, text);
+        EXPECT_EQ(boxes[0].owner, owner);
+        boxes.clear();
+    }
 
     std::optional<TVellBase> base;
+    std::optional<TDirectDraw> display;
+    std::optional<TDirectSound> sound;
     HWND window = nullptr;
-};
+    std::vector<Box> boxes;
 
-// A device as the platform enumerates it, and what the library's list and log should then hold.
-struct EnumeratedDevice {
-    GUID guid;
-    std::string description, driver;
+private:
+    static LRESULT CALLBACK hook(int code, WPARAM wParam, LPARAM lParam) {
+        HWND box = reinterpret_cast<HWND>(wParam);
+        char className[16] = {}, caption[256] = {}, text[2048] = {};
+        if (code == HCBT_ACTIVATE && recordedBoxes != nullptr &&
+            GetClassNameA(box, className, sizeof className) && !std::strcmp(className, "#32770")) {
+            GetWindowTextA(box, caption, sizeof caption);
+            GetDlgItemTextA(box, 0xFFFF, text, sizeof text); // the box's static text
+            recordedBoxes->push_back({caption, text, GetWindow(box, GW_OWNER)});
+            PostMessageA(box, WM_COMMAND, IDOK, 0);
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+    HHOOK hook_ = nullptr;
+    std::filesystem::path dir_;
 };
-std::vector<EnumeratedDevice> displayDevices();
-std::vector<EnumeratedDevice> soundDevices();
-// "Initializing <what>:\n", the devices' "  Enumerating %s:\n  done.\n", "done.\n".
-std::string constructionLog(const char *what, const std::vector<EnumeratedDevice> &devices);
-void expectDeviceList(const structDeviceInfo *list, const std::vector<EnumeratedDevice> &devices);
 
 } // namespace vtest
 

@@ -1,7 +1,7 @@
 // Images from real TGA files painted and blended onto real surfaces (the 5:6:5 back buffer and a
 // 5:5:5 off-screen surface), clipped at every edge, cut out of a drawn scene, and the log lines of
 // failed locks, an unknown graphics mode and a missing file.
-#include "display_fixture.h"
+#include "harness.h"
 
 #include "image/compose.h"
 
@@ -11,24 +11,14 @@
 namespace {
 
 using vtest::dataFile;
+using vtest::pixels;
 
-class ImageTest : public vtest::DisplayTest {
+class ImageTest : public vtest::VellTest {
 protected:
     void SetUp() override {
-        DisplayTest::SetUp();
-        VELL_NEEDS_16_BIT_SCREEN();
-        ASSERT_NE(open(1).lpBack, nullptr);
-    }
-
-    // Every pixel of the surface, row by row, after filling it with a pattern if asked to.
-    static std::vector<std::uint16_t> pixels(IDirectDrawSurface2 *s, bool fill = false) {
-        vtest::SurfaceLock lock(s);
-        std::vector<std::uint16_t> all;
-        for (int i = 0; i < lock.width() * lock.height(); ++i) {
-            std::uint16_t &p = lock.at(i % lock.width(), i / lock.width());
-            all.push_back(fill ? p = static_cast<std::uint16_t>(i * 977 + i / lock.width()) : p);
-        }
-        return all;
+        VellTest::SetUp();
+        if (vtest::screenDepth() != 16) GTEST_SKIP() << "needs the 16-bit X screen";
+        ASSERT_NE(openDisplay(1).lpBack, nullptr);
     }
 };
 
@@ -94,10 +84,11 @@ TEST_F(ImageTest, UnknownModeFailedLocksAndMissingFilesAreLoggedAndDrawNothing) 
         EXPECT_TRUE(sprite.Paint(display->lpBack, 0, 0, -1, 0)); // nothing to mix: no line
         EXPECT_EQ(pixels(display->lpBack), before);
         EXPECT_TRUE(sprite.Paint(display->lpBack, 0, 0, 31, 255)); // copies need no layout
-        EXPECT_EQ(vtest::pixel16(display->lpBack, 6, 4), 31u);
+        EXPECT_EQ(pixels(display->lpBack)[4 * 640 + 6], 31u);
 
         display->dwGraphicsMode = 2;
-        IDirectDrawSurface2 *s = surface(16, 16);
+        IDirectDrawSurface2 *s = nullptr;
+        ASSERT_TRUE(display->CreateSurface(s, 16, 16, nullptr));
         ASSERT_EQ(display->lpDD->SetDisplayMode(640, 480, 16), DD_OK); // loses every surface
         EXPECT_TRUE(sprite.Paint(s, 1, 1, -1, -1));
         EXPECT_TRUE(sprite.Blend(s, 1, 1, 100, -1, -1));

@@ -1,323 +1,246 @@
-// The sound object against Wine's DirectSound on a PulseAudio null sink: settings, the disabled
-// state, wave files and voices.
-#include "sound_fixture.h"
+// The sound object against Wine's DirectSound on a PulseAudio null sink: its settings in the
+// registry, the off switch, wave files, voices, and what plays, recorded from the sink's monitor.
+#include "harness.h"
 
-#include <vector>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <numeric>
 
-namespace {
+using vtest::readValue;
+using vtest::writeValue;
+using SoundTest = vtest::VellTest;
 
-using vtest::readTestValue;
-using vtest::SoundTest;
-using vtest::writeTestDword;
-using vtest::writeTestValue;
+const char kOtherGuid[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}"; // bytes in memory order
+const GUID kOther = {0x67452301, 0xAB89, 0xEFCD, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
 
-const char kZeroText[] = "{00000000-0000-0000-0000-000000000000}";
-const char kUnknownDevice[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}";
-
-std::string dword(DWORD v) {
-    return std::string(reinterpret_cast<const char *>(&v), 4);
+std::string little(std::uint32_t value, int bytes) { // as Windows stores numbers
+    return std::string(reinterpret_cast<const char *>(&value), bytes);
 }
 
-std::string constructionLog() {
-    return vtest::constructionLog("DirectSound", vtest::soundDevices());
+// A chunk: identifier, declared size (by default the payload's), payload padded to even.
+std::string chunk(const char *id, const std::string &payload, std::int64_t declared = -1) {
+    return id + little(static_cast<std::uint32_t>(declared < 0 ? payload.size() : declared), 4) +
+           payload + std::string(payload.size() % 2, '\0');
 }
 
-// ---- the device and its settings ---------------------------------------------------------------
-
-TEST_F(SoundTest, FirstRunOpensTheDefaultDeviceAndSavesTheDefaults) {
-    VELL_OPEN_SOUND_OR_SKIP();
-    EXPECT_EQ(sound->dwDisable, 0u);
-    EXPECT_EQ(sound->dwVolume, 5u);
-    EXPECT_TRUE(IsEqualGUID(sound->guidDevice, GUID_NULL));
-    EXPECT_EQ(sound->getVolume(), 100);
-    EXPECT_FALSE(sound->isPlaying());
-    sound->Update();
-
-    vtest::expectDeviceList(sound->lpDeviceList, vtest::soundDevices());
-    const std::string expected = constructionLog();
-
-    EXPECT_EQ(closeAndReadLog(),
-              expected + "De-initializing DirectSound:\n"
-                         "  Waiting for DirectSound to stop playing...\ndone.\ndone.\n");
-    EXPECT_EQ(readTestValue("TDirectSound::dwDisable")->data, dword(0));
-    EXPECT_EQ(readTestValue("TDirectSound::dwDisable")->type, static_cast<DWORD>(REG_DWORD));
-    EXPECT_EQ(readTestValue("TDirectSound::dwVolume")->data, dword(5));
-    EXPECT_EQ(readTestValue("TDirectSound::guidDevice")->data, std::string(kZeroText, 39));
+// A "fmt " chunk of PCM samples.
+std::string format(DWORD rate, WORD channels, WORD bits, std::int64_t declared = -1) {
+    const WORD align = static_cast<WORD>(channels * bits / 8);
+    const PCMWAVEFORMAT pcm = {{WAVE_FORMAT_PCM, channels, rate, rate * align, align}, bits};
+    return chunk("fmt ", std::string(reinterpret_cast<const char *>(&pcm), sizeof pcm), declared);
 }
 
-TEST_F(SoundTest, VolumeScaleThroughTheObject) {
-    TDirectSound &ds = open(); // the scale itself is tested natively; this is the wiring
-    boxes->clear();
+std::string riff(const std::string &chunks, const char *form = "WAVE") {
+    return "RIFF" + little(static_cast<std::uint32_t>(4 + chunks.size()), 4) + form + chunks;
+}
+
+const std::string kFormat = format(22050, 1, 16);
+
+// The samples of a 440 Hz tone, 22050 a second, 16 bits each.
+std::string tone(double seconds, double amplitude) {
+    std::string samples;
+    for (int i = 0; i < seconds * 22050; ++i)
+        samples += little(static_cast<std::uint16_t>(static_cast<std::int16_t>(
+                              amplitude * std::sin(2 * 3.14159265358979 * 440 * i / 22050))),
+                          2);
+    return samples;
+}
+
+TEST_F(SoundTest, VolumeIsKeptInTheRegistry) {
     // The rule's own examples. Run by the i686 build, they catch x87 arithmetic (10 gave 5001).
     const std::pair<int, unsigned> examples[] = {
         {100, 0}, {50, 1506}, {10, 5000}, {2, 8495}, {1, 10000}};
+    TDirectSound &ds = openSound();
     for (auto [volume, attenuation] : examples) {
         ds.setVolume(volume);
         EXPECT_EQ(ds.dwVolume, attenuation) << "volume " << volume;
         EXPECT_EQ(ds.getVolume(), volume);
     }
-    ds.setVolume(0);
-    EXPECT_EQ(ds.getVolume(), 1);
-    ds.setVolume(150);
-    EXPECT_EQ(ds.getVolume(), 100);
-}
-
-TEST_F(SoundTest, SettingsPersistAcrossConstructions) {
-    open().setVolume(50);
-    boxes->clear();
+    ds.setVolume(50);
     sound.reset();
-    EXPECT_EQ(readTestValue("TDirectSound::dwVolume")->data, dword(1506));
-    EXPECT_EQ(open().getVolume(), 50);
-    boxes->clear();
+    EXPECT_EQ(readValue("TDirectSound::dwVolume"), "1506");
+    EXPECT_EQ(openSound().getVolume(), 50);
+    sound.reset();
+    ASSERT_TRUE(writeValue("TDirectSound::dwVolume", little(20000, 4), REG_DWORD)); // hand-edited
+    EXPECT_EQ(openSound().getVolume(), 1);
+    sound.reset();
+    EXPECT_EQ(readValue("TDirectSound::dwVolume"), "20000");
+    boxes.clear(); // a machine without sound shows its box once
 }
 
-TEST_F(SoundTest, StoredVolumeBeyondSilenceReadsAsSilence) {
-    ASSERT_TRUE(writeTestDword("TDirectSound::dwVolume", 20000));
-    TDirectSound &ds = open();
-    boxes->clear();
-    EXPECT_EQ(ds.dwVolume, 20000u); // kept as stored...
-    EXPECT_EQ(ds.getVolume(), 1);   // ...and read as 10000
-}
-
-TEST_F(SoundTest, SettingsOfTheWrongTypeTakeTheSafeSide) {
-    ASSERT_TRUE(writeTestValue("TDirectSound::dwVolume", REG_SZ, "0"));
-    ASSERT_TRUE(writeTestValue("TDirectSound::dwDisable", REG_BINARY, std::string(4, '\0')));
-    TDirectSound &ds = open();
-    EXPECT_EQ(ds.dwVolume, 5u);
-    EXPECT_EQ(ds.dwDisable, 1u); // a switch of another type means off
-    EXPECT_EQ(ds.lpDS, nullptr);
-}
-
-TEST_F(SoundTest, DisabledFromTheRegistry) {
-    ASSERT_TRUE(writeTestDword("TDirectSound::dwDisable", 1));
-    TDirectSound &ds = open();
-    EXPECT_EQ(ds.lpDS, nullptr);
-    EXPECT_EQ(ds.Init(), 0);
-    EXPECT_EQ(ds.Exit(), 1);
-    ASSERT_TRUE(vtest::writeFile("tone.wav",
-                                 vtest::waveFile(vtest::sampleBytes(vtest::tone(440, 0.1, 8000)))));
-    EXPECT_EQ(ds.newSound("tone.wav", 2), nullptr);
-    EXPECT_EQ(ds.playSound(nullptr), 0);
-
-    const GUID other = {0x1, 0x2, 0x3, {4, 5, 6, 7, 8, 9, 10, 11}};
-    EXPECT_EQ(ds.setDevice(other), 0); // stored all the same
-    char text[39];
-    GUID2str(other, text);
-
-    // Exit logs nothing while disabled.
-    EXPECT_EQ(closeAndReadLog(), constructionLog() + "De-initializing DirectSound:\ndone.\n");
-    EXPECT_EQ(readTestValue("TDirectSound::dwDisable")->data, dword(1));
-    EXPECT_EQ(readTestValue("TDirectSound::guidDevice")->data, std::string(text, 39));
+TEST_F(SoundTest, SwitchedOffInTheRegistryOrByASwitchOfAnotherType) {
+    for (DWORD type : {REG_DWORD, REG_BINARY}) {
+        ASSERT_TRUE(writeValue("TDirectSound::dwDisable", std::string("\1\0\0\0", 4), type));
+        ASSERT_TRUE(writeValue("TDirectSound::dwVolume", "0")); // of another type: the default
+        TDirectSound &ds = openSound();
+        EXPECT_EQ(ds.dwVolume, 5u);
+        EXPECT_EQ(ds.Init(), 0);
+        EXPECT_EQ(ds.Exit(), 1);
+        EXPECT_EQ(ds.setDevice(kOther), 0); // stored all the same
+        const std::string opening = vtest::expectDeviceList(ds.lpDeviceList, true);
+        EXPECT_EQ(closeAndReadLog(), opening + "De-initializing DirectSound:\ndone.\n");
+        EXPECT_EQ(readValue("TDirectSound::dwDisable"), "1");
+        EXPECT_EQ(readValue("TDirectSound::guidDevice"), kOtherGuid);
+    }
 }
 
 TEST_F(SoundTest, DeviceThatCannotBeOpenedSwitchesSoundOffForGood) {
-    ASSERT_TRUE(writeTestValue("TDirectSound::guidDevice", REG_SZ, kUnknownDevice));
-    {
-        TDirectSound &ds = open();
-        const auto shown = boxes->take();
-        ASSERT_EQ(shown.size(), 1u);
-        EXPECT_EQ(shown[0].caption, "DirectSound");
-        EXPECT_EQ(shown[0].text, "ERROR: Unable to initialize DirectSound!\n\nInvalid parameter!");
-        EXPECT_EQ(shown[0].owner, window);
-        EXPECT_EQ(ds.dwDisable, 1u);
-        EXPECT_EQ(ds.lpDS, nullptr);
-        sound.reset();
-    }
-    EXPECT_EQ(readTestValue("TDirectSound::dwDisable")->data, dword(1));
-    EXPECT_EQ(readTestValue("TDirectSound::guidDevice")->data, std::string(kUnknownDevice, 39));
-
-    // The next run opens nothing and shows nothing.
-    TDirectSound &again = open();
-    EXPECT_EQ(again.dwDisable, 1u);
-    EXPECT_EQ(again.lpDS, nullptr);
-    EXPECT_TRUE(boxes->boxes().empty());
+    ASSERT_TRUE(writeValue("TDirectSound::guidDevice", kOtherGuid));
+    EXPECT_EQ(openSound().dwDisable, 1u);
+    expectBox("DirectSound", "ERROR: Unable to initialize DirectSound!\n\nInvalid parameter!",
+              window);
+    sound.reset();
+    EXPECT_EQ(readValue("TDirectSound::dwDisable"), "1");
+    EXPECT_EQ(readValue("TDirectSound::guidDevice"), kOtherGuid);
+    EXPECT_EQ(openSound().lpDS, nullptr); // and the next run shows nothing
+    base->hWnd = vtest::createWindow();   // boxes belong to the window of the moment
+    EXPECT_FALSE(sound->ErrorMessage(static_cast<int>(0x88780078), "Something failed."));
+    expectBox("DirectSound", "Something failed.\n\nNo sound driver is available for use!",
+              base->hWnd);
+    DestroyWindow(base->hWnd);
 }
 
-TEST_F(SoundTest, SetDeviceReopens) {
-    VELL_OPEN_SOUND_OR_SKIP();
-    EXPECT_EQ(sound->setDevice(GUID_NULL), 1);
-    EXPECT_NE(sound->lpDS, nullptr);
-    EXPECT_EQ(sound->Exit(), 1);
-    EXPECT_EQ(sound->lpDS, nullptr);
-    EXPECT_EQ(sound->newSound("anything.wav", 1), nullptr); // closed: nothing to make it with
-    EXPECT_EQ(sound->Init(), 1);
-}
-
-TEST_F(SoundTest, ErrorTextsAndTheBoxOwner) {
-    TDirectSound &ds = open();
-    boxes->clear();
-    char text[87];
-    ds.getErrorString(static_cast<int>(0x88780078), text);
-    EXPECT_STREQ(text, "No sound driver is available for use!");
-    ds.getErrorString(static_cast<int>(0x887601C2), text);
-    EXPECT_STREQ(text, "Unknown HRESULT(0x887601c2)");
-
-    // The owner is the base object's window as it is now.
-    HWND other = vtest::createTestWindow();
-    base->hWnd = other;
-    EXPECT_FALSE(
-        ds.ErrorMessage(static_cast<int>(0x88780078), "ERROR: Unable to initialize DirectSound!"));
-    const auto shown = boxes->take();
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].text,
-              "ERROR: Unable to initialize DirectSound!\n\nNo sound driver is available for use!");
-    EXPECT_EQ(shown[0].owner, other);
-    base->hWnd = window;
-    DestroyWindow(other);
-}
-
-// ---- wave files and voices -------------------------------------------------------------------
-
-class WaveTest : public SoundTest {
+// The sound device open; sounds made with `load` are deleted after the test.
+class DeviceTest : public SoundTest {
 protected:
     void SetUp() override {
         SoundTest::SetUp();
-        VELL_OPEN_SOUND_OR_SKIP();
+        if (noSound()) GTEST_SKIP() << "no sound device here (is PulseAudio running?)";
     }
-    // Loads a file with these bytes; afterwards the file must be closed again (deletable).
+    void TearDown() override {
+        for (structDirectSoundBuffer *s : loaded)
+            if (sound) sound->deleteSound(s);
+        SoundTest::TearDown();
+    }
+    // A sound from a file of these bytes; the file must be closed again afterwards.
     structDirectSoundBuffer *load(const std::string &bytes, int voices = 1) {
-        EXPECT_TRUE(vtest::writeFile("sound.wav", bytes));
+        std::ofstream("sound.wav", std::ios::binary) << bytes; // closed at once
         structDirectSoundBuffer *s = sound->newSound("sound.wav", voices);
         EXPECT_TRUE(DeleteFileA("sound.wav")) << "the file was left open";
+        if (s != nullptr) loaded.push_back(s);
         return s;
     }
+    std::vector<structDirectSoundBuffer *> loaded;
 };
 
-TEST_F(WaveTest, SamplesGoIntoTheFirstVoiceAsTheyAre) {
-    const std::string samples = vtest::sampleBytes(vtest::tone(440, 1.0, 10000));
-    ASSERT_EQ(samples.size(), 44100u);
-    structDirectSoundBuffer *s = load(vtest::waveFile(samples), 3);
-    ASSERT_NE(s, nullptr);
-    EXPECT_EQ(s->nBuffers, 3);
-    EXPECT_EQ(s->iNext, 0);
-
-    WAVEFORMATEX format = {};
-    ASSERT_EQ(s->lpdsBuffer[0]->GetFormat(&format, sizeof format, nullptr), DS_OK);
-    EXPECT_EQ(format.nSamplesPerSec, 22050u);
-    EXPECT_EQ(format.wBitsPerSample, 16);
-    EXPECT_EQ(format.nChannels, 1);
-
-    void *p1 = nullptr, *p2 = nullptr;
-    DWORD n1 = 0, n2 = 0;
-    ASSERT_EQ(s->lpdsBuffer[0]->Lock(0, 0, &p1, &n1, &p2, &n2, DSBLOCK_ENTIREBUFFER), DS_OK);
-    EXPECT_EQ(n1, 44100u);
-    EXPECT_EQ(std::string(static_cast<char *>(p1), n1), samples);
-    s->lpdsBuffer[0]->Unlock(p1, n1, p2, n2);
-    sound->deleteSound(s);
+TEST_F(DeviceTest, FirstRunOpensTheDefaultDeviceAndSavesTheDefaults) {
+    const std::string opening = vtest::expectDeviceList(sound->lpDeviceList, true);
+    EXPECT_EQ(sound->setDevice(GUID_NULL), 1);
+    EXPECT_EQ(sound->Exit(), 1);
+    EXPECT_EQ(load(riff(kFormat + chunk("data", tone(0.1, 1000)))), nullptr); // closed: no sound
+    const std::string closing = "  Waiting for DirectSound to stop playing...\ndone.\n";
+    EXPECT_EQ(closeAndReadLog(),
+              opening + closing + closing + "De-initializing DirectSound:\n" + closing + "done.\n");
+    EXPECT_EQ(readValue("TDirectSound::dwDisable"), "0");
+    EXPECT_EQ(readValue("TDirectSound::dwVolume"), "5");
+    EXPECT_EQ(readValue("TDirectSound::guidDevice"), "{00000000-0000-0000-0000-000000000000}");
 }
 
-TEST_F(WaveTest, AnyPcmHeaderIsPlayedAs22050HzMono) {
-    const std::string bytes = std::string(1000, '\x11');
-    structDirectSoundBuffer *s = load(vtest::riff(
-        vtest::chunk("fmt ", vtest::pcmFormat(44100, 2, 8)) + vtest::chunk("data", bytes)));
-    ASSERT_NE(s, nullptr);
-    WAVEFORMATEX format = {};
-    s->lpdsBuffer[0]->GetFormat(&format, sizeof format, nullptr);
-    EXPECT_EQ(format.nSamplesPerSec, 22050u);
-    EXPECT_EQ(format.nChannels, 1);
-    sound->deleteSound(s);
-}
-
-TEST_F(WaveTest, FilesThatAreNotSoundsAreRefusedAndClosed) {
-    const std::string data = vtest::chunk("data", std::string(100, '\x01'));
-    const std::string fmt = vtest::chunk("fmt ", vtest::pcmFormat());
-    struct Case {
-        const char *what;
-        std::string bytes;
-    } cases[] = {
-        {"data before fmt", vtest::riff(data + fmt)},
-        {"empty data", vtest::riff(fmt + vtest::chunk("data", ""))},
-        {"no data", vtest::riff(fmt)},
-        {"no fmt", vtest::riff(data)},
-        {"not WAVE", vtest::riff(fmt + data, "AVI ")},
+TEST_F(DeviceTest, FilesThatAreNotSoundsAreRefusedAndClosed) {
+    const std::string data = chunk("data", std::string(100, '\x01'));
+    const std::pair<const char *, std::string> cases[] = {
+        {"data before fmt", riff(data + kFormat)},
+        {"empty data", riff(kFormat + chunk("data", ""))},
+        {"no fmt", riff(data)},
+        {"not WAVE", riff(kFormat + data, "AVI ")},
         {"not RIFF", "This is a text file, not a sound.\n"},
-        {"empty file", ""},
-        {"truncated header", vtest::riff(fmt + data).substr(0, 10)},
+        {"truncated header", riff(kFormat + data).substr(0, 10)},
+        {"fmt longer than the file", riff(format(22050, 1, 16, 4000))},
     };
-    for (const Case &c : cases) {
-        EXPECT_EQ(load(c.bytes), nullptr) << c.what;
-    }
+    for (const auto &[what, bytes] : cases)
+        EXPECT_EQ(load(bytes), nullptr) << what;
+    EXPECT_EQ(load(riff(kFormat + data), 0), nullptr); // no voice
     EXPECT_EQ(sound->newSound("no such file.wav", 1), nullptr);
     EXPECT_EQ(sound->newSound(nullptr, 1), nullptr);
+    // "Falsche Größe" (the wrong size), in code page 1252
+    EXPECT_NE(closeAndReadLog().find("Falsche Gr\xF6\xDF\x65\n"), std::string::npos);
 }
 
-TEST_F(WaveTest, ShortFormatChunkIsLogged) {
-    // The format chunk claims more bytes than the file has: reading it falls short.
-    const std::string bytes = vtest::riff(vtest::chunk("fmt ", vtest::pcmFormat(), 4000));
-    EXPECT_EQ(load(bytes), nullptr);
-    EXPECT_NE(closeAndReadLog().find("Falsche Gr\xF6\xDF"
-                                     "e\n"),
-              std::string::npos);
+TEST_F(DeviceTest, DataChunkLongerThanTheFileIsHarmless) {
+    // At most a sound with unfilled samples, never a read past the file.
+    for (std::uint32_t declared : {100000u, 0x0FFFFFFFu, 0x7FFFFFFFu, 0xFFFFFFF0u})
+        load(riff(kFormat + chunk("data", std::string(64, '\x05'), declared)));
 }
 
-TEST_F(WaveTest, DataChunkLongerThanTheFileIsHarmless) {
-    // A hostile size: at most a sound with unfilled samples, never a read past the file.
-    const std::string fmt = vtest::chunk("fmt ", vtest::pcmFormat());
-    for (std::uint32_t declared : {100000u, 0x0FFFFFFFu, 0x7FFFFFFFu, 0xFFFFFFF0u}) {
-        structDirectSoundBuffer *s =
-            load(vtest::riff(fmt + vtest::chunk("data", std::string(64, '\x05'), declared)));
-        sound->deleteSound(s);
-    }
-}
-
-TEST_F(WaveTest, FewerThanOneVoiceIsRefused) {
-    const std::string file = vtest::waveFile(std::string(200, '\0'));
-    EXPECT_EQ(load(file, 0), nullptr);
-    EXPECT_EQ(load(file, -3), nullptr);
-}
-
-TEST_F(WaveTest, VoicesRotateOnEachPlay) {
-    structDirectSoundBuffer *s =
-        load(vtest::waveFile(vtest::sampleBytes(vtest::tone(440, 0.05, 1000))), 3);
+TEST_F(DeviceTest, VoicesRotate) {
+    structDirectSoundBuffer *s = load(riff(kFormat + chunk("data", tone(0.05, 1000))), 3);
     ASSERT_NE(s, nullptr);
     ASSERT_EQ(s->nBuffers, 3);
-    const int expected[] = {1, 2, 0, 1, 2};
-    for (int next : expected) {
+    for (int next : {1, 2, 0, 1}) {
         EXPECT_EQ(sound->playSound(s), 1);
         EXPECT_EQ(s->iNext, next);
     }
-    sound->deleteSound(s);
-
-    structDirectSoundBuffer *one =
-        load(vtest::waveFile(vtest::sampleBytes(vtest::tone(440, 0.05, 1000))), 1);
-    ASSERT_NE(one, nullptr);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(sound->playSound(one), 1);
-        EXPECT_EQ(one->iNext, 0);
-    }
-    sound->deleteSound(one);
-}
-
-TEST_F(WaveTest, PlayTakesTheMasterVolume) {
-    structDirectSoundBuffer *s =
-        load(vtest::waveFile(vtest::sampleBytes(vtest::tone(440, 0.05, 1000))), 2);
-    ASSERT_NE(s, nullptr);
-    sound->setVolume(50);
+    sound->dwVolume = 20000; // beyond silence, as a hand-edited registry may have it
+    s->iNext = 7;            // out of range: voice 0
     EXPECT_EQ(sound->playSound(s), 1);
+    EXPECT_EQ(s->iNext, 1);
     LONG volume = 0;
     s->lpdsBuffer[0]->GetVolume(&volume);
-    EXPECT_EQ(volume, -1506);
-    sound->dwVolume = 20000; // as a hand-edited registry might have it
-    EXPECT_EQ(sound->playSound(s), 1);
-    s->lpdsBuffer[1]->GetVolume(&volume);
     EXPECT_EQ(volume, -10000);
-    sound->deleteSound(s);
 }
 
-TEST_F(WaveTest, MissingVoiceFallsBackToTheFirst) {
-    structDirectSoundBuffer *s =
-        load(vtest::waveFile(vtest::sampleBytes(vtest::tone(440, 0.05, 1000))), 2);
-    ASSERT_NE(s, nullptr);
-    IDirectSoundBuffer *second = s->lpdsBuffer[1];
-    s->lpdsBuffer[1] = nullptr;
-    s->iNext = 1;
-    EXPECT_EQ(sound->playSound(s), 1); // voice 0 instead
-    EXPECT_EQ(s->iNext, 1);
-    s->lpdsBuffer[1] = second;
-    sound->deleteSound(s);
-    sound->deleteSound(nullptr);
-    EXPECT_EQ(sound->playSound(nullptr), 0);
-    EXPECT_NE(closeAndReadLog().find("!"), std::string::npos);
+struct Burst {
+    double seconds, rms;
+};
+
+// Plays the sound twice, 200 ms apart, while recording the default capture source (the sink's
+// monitor). Returns the loud part of the recording, from the first to the last sample above a
+// quarter of the peak: its length and its level.
+Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
+    WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 22050, 44100, 2, 16, 0};
+    DSCBUFFERDESC desc = {sizeof desc, 0, 3 * 44100, 0, &format, 0, nullptr};
+    IDirectSoundCapture *capture = nullptr;
+    IDirectSoundCaptureBuffer *buffer = nullptr;
+    std::vector<double> x;
+    if (SUCCEEDED(DirectSoundCaptureCreate(nullptr, &capture, nullptr)) &&
+        SUCCEEDED(capture->CreateCaptureBuffer(&desc, &buffer, nullptr)) &&
+        SUCCEEDED(buffer->Start(0))) {
+        // A new capture stream can take a moment to deliver, more so just after another one
+        // closed: wait for its first 50 ms, five seconds at most.
+        DWORD captured = 0, readable = 0, n1 = 0, n2 = 0;
+        for (int waited = 0; waited < 5000 && readable < 2205; waited += 10) {
+            Sleep(10);
+            buffer->GetCurrentPosition(&captured, &readable);
+        }
+        EXPECT_EQ(sound.playSound(s), 1);
+        Sleep(200);
+        EXPECT_EQ(sound.playSound(s), 1);
+        Sleep(1500);
+        buffer->GetCurrentPosition(&captured, &readable);
+        void *p1 = nullptr, *p2 = nullptr;
+        if (SUCCEEDED(buffer->Lock(0, readable, &p1, &n1, &p2, &n2, 0))) {
+            x.assign(static_cast<std::int16_t *>(p1), static_cast<std::int16_t *>(p1) + n1 / 2);
+            buffer->Unlock(p1, n1, p2, n2);
+        }
+        buffer->Stop();
+    }
+    if (buffer != nullptr) buffer->Release();
+    if (capture != nullptr) capture->Release();
+    EXPECT_FALSE(x.empty()) << "nothing recorded";
+    double peak = 0;
+    for (double v : x)
+        peak = std::max(peak, std::abs(v));
+    const auto loud = [peak](double v) { return std::abs(v) > peak / 4; };
+    const auto first = std::find_if(x.begin(), x.end(), loud);
+    const auto end = std::find_if(x.rbegin(), x.rend(), loud).base();
+    const double n = first < end ? double(end - first) : 0;
+    const Burst b = {n / 22050,
+                     n > 0 ? std::sqrt(std::inner_product(first, end, first, 0.0) / n) : 0};
+    std::printf("recorded: %.3f s at rms %.0f\n", b.seconds, b.rms);
+    return b;
 }
 
-} // namespace
+TEST_F(DeviceTest, RecordedSound) {
+    // Whatever the header says, the samples play as 22050 Hz 16-bit mono. With one voice, playing
+    // the sound again while it sounds does not restart it.
+    structDirectSoundBuffer *s = load(riff(format(44100, 2, 8) + chunk("data", tone(0.5, 10000))));
+    const Burst full = record(*sound, s);
+    EXPECT_NEAR(full.seconds, 0.5, 0.05);
+    EXPECT_GT(full.rms, 1000.0);
+    sound->setVolume(50); // about 15 dB less
+    EXPECT_NEAR(20 * std::log10(full.rms / record(*sound, s).rms), 15.06, 1.0);
+    // With two voices the second play starts while the first still sounds: the sound lasts longer.
+    EXPECT_NEAR(record(*sound, load(riff(kFormat + chunk("data", tone(0.5, 10000))), 2)).seconds,
+                0.7, 0.06);
+}

@@ -1,10 +1,15 @@
 // The row loops of the SIMD paths, written once over a set of vector operations V and compiled
-// once per instruction set: included only by compose_sse2.cpp and compose_avx2.cpp, which define V.
+// once per instruction set: included only by compose_sse2.cpp, compose_avx2.cpp and
+// compose_avx512.cpp, which define V.
 //
 // Everything here lives in an anonymous namespace and calls no library function template (no
-// std::min and the like): the AVX2 file is compiled for AVX2 as a whole, and any inline function
-// it shared with the rest of the library could be the copy the linker keeps for everyone, which
-// would then run AVX2 instructions on a processor without them.
+// std::min and the like): the AVX2 and AVX-512 files are compiled for those instructions as a
+// whole, and any inline function they shared with the rest of the library could be the copy the
+// linker keeps for everyone, which would then run them on a processor without them.
+//
+// A row is walked in blocks of 32 pixels (16 with SSE2). Painting skips a block whose alpha bytes
+// are all 0 and copies one whose bytes are all 255; every other block is mixed lane by lane
+// without a branch. The last pixels of a row run through the same block in copies.
 //
 // The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
 // d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the

@@ -1,6 +1,6 @@
 // Printing on the path chosen at run time. Glyph cells are only a few pixels wide, too narrow for
-// vectors of 16 pixels; but the cells of a line sit side by side, so each of the line's rows is
-// gathered from the glyph plane into one strip of coverage bytes and mixed in one go. Within a
+// blocks of 16 or 32 pixels; but the cells of a line sit side by side, so each of the line's rows
+// is gathered from the glyph plane into one strip of coverage bytes and mixed in one go. Within a
 // text no pixel is drawn twice (cells of a line never overlap, lines lie one under the other), so
 // the order of drawing does not matter. A gap between cells (a damaged cell table may draw a cell
 // narrower than its advance) ends a strip: the pixels in between must not be touched.
@@ -32,7 +32,8 @@ public:
             const std::size_t take = std::min(width, kStrip - columns_);
             // A piece of up to 16 columns is copied as 16 bytes (the strip has room behind its
             // end, and the next piece overwrites the excess) where every row holds them.
-            pieces_[count_++] = {glyph, std::uint32_t(take), take <= 16 && glyph + 16 <= font_.stride};
+            pieces_[count_++] = {glyph, std::uint32_t(take),
+                                 take <= 16 && glyph + 16 <= font_.stride};
             columns_ += take;
             glyph += take;
             x += std::int64_t(take);

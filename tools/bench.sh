@@ -21,7 +21,7 @@ vell_log "building the benchmark in $out"
 cmake -S . -B "$out" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPILER=clang \
     -DCMAKE_CXX_COMPILER=clang++ -DVELL_WERROR=ON -DVELL_BUILD_TESTS=OFF -DVELL_BUILD_TOOLS=OFF \
     -DVELL_BUILD_BENCH=ON >/dev/null
-cmake --build "$out" --target vell_bench >/dev/null
+cmake --build "$out" --target vell_bench >"$out/build.log" 2>&1 || { cat "$out/build.log"; exit 1; }
 
 core=$(($(nproc) - 1))
 vell_log "running it on core $core ($(uptime | sed 's/.*load/load/'))"
@@ -90,7 +90,8 @@ for b in "${builds[@]}"; do
     cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
         -DCMAKE_TOOLCHAIN_FILE="${toolchain[$b]}" -DVELL_WERROR=ON -DVELL_BUILD_TESTS=OFF \
         -DVELL_BUILD_TOOLS=OFF -DVELL_BUILD_BENCH=ON >/dev/null
-    cmake --build "$dir" --target vell_paint_call >/dev/null
+    cmake --build "$dir" --target vell_paint_call >"$dir/build.log" 2>&1 ||
+        { cat "$dir/build.log"; exit 1; }
     vell_wine_prefix "$b"
     "$VELL_WINE" "$dir/bin/vell_paint_call.exe"
 done

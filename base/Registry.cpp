@@ -6,8 +6,8 @@ namespace vell {
 
 void loadGuid(HKEY key, const char *name, GUID &guid) {
     str2GUID("{00000000-0000-0000-0000-000000000000}", &guid);
-    char buffer[128] = {};
-    DWORD size = sizeof buffer - 1; // a terminating zero stays, whatever was stored
+    char buffer[129] = {}; // the value's 128 bytes and a terminating zero that always stays
+    DWORD size = 128;
     if (RegQueryValueExA(key, name, nullptr, nullptr, reinterpret_cast<BYTE *>(buffer), &size) ==
         ERROR_SUCCESS)
         str2GUID(buffer, &guid);

@@ -137,6 +137,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             float previousShipX = 0, previousStep = 0;
             MSG message;
             bool running = true;
+            sound.playSound(whoosh); // the scene opens with a whoosh: even a short run is heard
             for (DWORD now = start; running && now - start < seconds * 1000; now = GetTickCount()) {
                 while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
                     if (message.message == WM_QUIT) running = false;

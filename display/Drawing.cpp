@@ -81,9 +81,9 @@ unsigned long TDirectDraw::ColorMatch(IDirectDrawSurface2 *lpSurface, unsigned l
     }
     if (hr == DD_OK) {
         const DWORD bits = desc.ddpfPixelFormat.dwRGBBitCount;
-        // Only the first pixel's bytes are read: a one-pixel 16-bit surface has no more. A format
-        // without a bit count has no pixel value to give.
-        if (bits > 0 && desc.lpSurface != nullptr) {
+        // The 32-bit word at the start, kept to its low bit-count bits; only the first pixel's
+        // bytes are read (a one-pixel 16-bit surface has no more), none where the count is 0.
+        if (desc.lpSurface != nullptr) {
             DWORD word = 0;
             std::memcpy(&word, desc.lpSurface, bits >= 32 ? 4 : (bits + 7) / 8);
             if (bits < 32) word &= (DWORD(1) << bits) - 1;
@@ -100,5 +100,5 @@ unsigned long TDirectDraw::ColorMatch(IDirectDrawSurface2 *lpSurface, unsigned l
 }
 
 tagRECT TDirectDraw::CreateRect(int x, int y, int w, int h) {
-    return {x, y, x + w, y + h};
+    return {x, y, vell::clampedSum(x, w), vell::clampedSum(y, h)};
 }

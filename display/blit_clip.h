@@ -25,6 +25,14 @@ enum class BlitClip {
 //     destination that starts left of it stays too wide (the platform then refuses it);
 //   - vertically the same with the top and bottom edges.
 // Computed in 64 bits: hostile numbers give Invalid, never an overflow.
+// a + b, held to the 32-bit range instead of overflowing (CreateRect's right and bottom edges).
+constexpr std::int32_t clampedSum(std::int32_t a, std::int32_t b) {
+    const std::int64_t sum = std::int64_t{a} + b;
+    return sum > INT32_MAX   ? INT32_MAX
+           : sum < INT32_MIN ? INT32_MIN
+                             : static_cast<std::int32_t>(sum);
+}
+
 BlitClip clipBlit(std::int32_t destWidth, std::int32_t destHeight, std::int32_t x, std::int32_t y,
                   ClipRect &src, ClipRect &dest);
 

@@ -1,18 +1,29 @@
 #!/usr/bin/env bash
-# Builds the demo (x86_64) and runs it under wine64, installing what it needs first.
+# Builds the demo and runs it under Wine, installing what it needs first. By default it runs the
+# i686 build, VellBase.dll as it ships, under 32-bit Wine; --win64 runs the x86_64 build under
+# wine64 instead (also the fallback where this machine cannot run 32-bit programs).
 # With DISPLAY set it shows on that screen; otherwise it runs on a private 16-bit Xvfb screen.
 # Its log, a screenshot and (on the private sound server) a recording are left in build/demo.
-#   tools/demo.sh [seconds]
+#   tools/demo.sh [--win64] [seconds]
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$VELL_ROOT"
+build=win32
+if [ "${1:-}" = --win64 ]; then
+    build=win64
+    shift
+fi
 seconds=${1:-3}
 
 vell_install_packages
-cmake --preset win64 >/dev/null
-cmake --build --preset win64 --target vell_demo VellBase
+if [ "$build" = win32 ] && [ "$VELL_WIN32" != 1 ]; then
+    vell_log "running the x86_64 build instead"
+    build=win64
+fi
+cmake --preset "$build" >/dev/null
+cmake --build --preset "$build" --target vell_demo VellBase
 
-vell_wine_prefix
+vell_wine_prefix "$build"
 own_screen=no
 if [ -z "${DISPLAY:-}" ]; then
     vell_start_xvfb DISPLAY 16
@@ -27,15 +38,14 @@ fi
 
 out=$VELL_BUILD/demo
 mkdir -p "$out"
-rm -f "$out/VellDemo.log"
-vell_log "running the demo for $seconds s on display $DISPLAY"
-rm -f "$out/screenshot.png" "$out/sound.wav"
+rm -f "$out/VellDemo.log" "$out/screenshot.png" "$out/sound.wav"
+vell_log "running the $build demo for $seconds s on display $DISPLAY"
 if [ "$own_sink" = yes ]; then
     parec -d vell_sink.monitor --rate=22050 --channels=1 --format=s16le --file-format=wav \
         "$out/sound.wav" &
     VELL_CLEANUP+=("kill $!")
 fi
-(cd "$out" && exec "$VELL_WINE" "$VELL_BUILD/win64/bin/VellDemo.exe" "$seconds") &
+(cd "$out" && exec "$VELL_WINE" "$VELL_BUILD/$build/bin/VellDemo.exe" "$seconds") &
 demo=$!
 # The screenshot is taken half way through the run (Wine takes about two seconds to start).
 sleep "$(awk -v s="$seconds" 'BEGIN { print 2 + s / 2 }')"
@@ -47,13 +57,18 @@ import -display "$DISPLAY" -window root "${crop[@]}" "$out/screenshot.png" 2>/de
 status=0
 wait "$demo" || status=$?
 
-echo "demo log: $out/VellDemo.log"
+echo "demo ($build build) log: $out/VellDemo.log"
 [ -f "$out/VellDemo.log" ] && sed 's/^/  | /' "$out/VellDemo.log"
 [ -f "$out/screenshot.png" ] && echo "screenshot: $out/screenshot.png"
 if [ "$own_sink" = yes ]; then
     sleep 0.5
     vell_cleanup_last # stops the recording
-    [ -s "$out/sound.wav" ] && echo "sound: $out/sound.wav (what the demo played; peak" \
-        "$(sox "$out/sound.wav" -n stat 2>&1 | awk '/Maximum amplitude/ { print $3 }') of full scale)"
+    peak=$(sox "$out/sound.wav" -n stat 2>&1 | awk '/Maximum amplitude/ { print $3 }')
+    if awk -v p="${peak:-0}" 'BEGIN { exit !(p > 0.001) }'; then
+        echo "sound: $out/sound.wav (what the demo played; peak $peak of full scale)"
+    else
+        echo "sound: SILENT - nothing was heard on the private sound server ($out/sound.wav)"
+        status=1
+    fi
 fi
 exit $status

@@ -1,8 +1,8 @@
 # Set-up shared by tools/demo.sh and tools/test.sh. Source it, then call what you need:
 #
 #   vell_install_packages    Debian packages the project needs, installed when missing
-#   vell_wine_prefix         the Wine prefix inside the build tree (build/wine), made once
-#   vell_plain_prefix        a second one without Wine's virtual desktop (build/wine-plain)
+#   vell_wine_prefix BUILD   the Wine prefix of a Windows build (build/wine/BUILD), made once
+#   vell_plain_prefix BUILD  a second one without Wine's virtual desktop (build/wine-plain/BUILD)
 #   vell_start_xvfb VAR DEPTH  an Xvfb screen of 1024x768 at DEPTH bits; exports VAR=":N"
 #   vell_start_pulse         a private PulseAudio daemon with a null sink "vell_sink"
 #
@@ -21,11 +21,15 @@ VELL_PACKAGES=(
 # 32-bit Wine, the x86_64 build under wine64.
 declare -A VELL_WINE_OF=([win32]=/usr/lib/wine/wine [win64]=/usr/lib/wine/wine64)
 VELL_CLEANUP=()
+VELL_PREFIXES=()
 
 vell_log() { printf '[vell] %s\n' "$*" >&2; }
 
+# Wine goes first: its programs would complain on the terminal when their X screen went away.
 vell_cleanup() {
     local i
+    for i in "${VELL_PREFIXES[@]}"; do WINEPREFIX=$i wineserver -k >/dev/null 2>&1 || true; done
+    VELL_PREFIXES=()
     for ((i = ${#VELL_CLEANUP[@]} - 1; i >= 0; i--)); do
         eval "${VELL_CLEANUP[i]}" >/dev/null 2>&1 || true
     done
@@ -112,13 +116,15 @@ vell_install_packages() {
     $sudo "${install[@]}" "${missing[@]}" >/dev/null || { vell_log "apt-get install failed"; return 1; }
 }
 
-# Makes (once) and settles a Wine prefix: vell_make_prefix DIR DESKTOP, DESKTOP "yes" or "no".
+# Makes (once) and settles a Wine prefix: vell_make_prefix DIR LOADER DESKTOP, DESKTOP "yes" or
+# "no". The prefix of the 32-bit loader is a 32-bit one.
 vell_make_prefix() {
-    local prefix=$1 desktop=$2
+    local prefix=$1 loader=$2 desktop=$3 arch=win64
+    [ "$loader" = "${VELL_WINE_OF[win32]}" ] && arch=win32
     if [ ! -f "$prefix/system.reg" ]; then
         vell_log "making a Wine prefix in $prefix"
         mkdir -p "$prefix"
-        WINEPREFIX=$prefix "$VELL_WINE" wineboot -u >/dev/null 2>&1
+        WINEARCH=$arch WINEPREFIX=$prefix "$loader" wineboot -u >/dev/null 2>&1
     fi
     local stamp=$prefix/.vell-settings-2
     if [ ! -f "$stamp" ]; then
@@ -137,28 +143,29 @@ vell_make_prefix() {
         )
         local i ok=1
         for ((i = 0; i < ${#settings[@]}; i += 7)); do
-            WINEPREFIX=$prefix "$VELL_WINE" reg add "${settings[@]:i:7}" /f >/dev/null 2>&1 || ok=0
+            WINEPREFIX=$prefix "$loader" reg add "${settings[@]:i:7}" /f >/dev/null 2>&1 || ok=0
         done
         [ $ok -eq 1 ] && touch "$stamp"
         WINEPREFIX=$prefix wineserver -w
     fi
-    VELL_CLEANUP+=("WINEPREFIX='$prefix' wineserver -k")
+    VELL_PREFIXES+=("$prefix")
 }
 
-# The project's prefix (build/wine, never the user's ~/.wine), with the virtual desktop: programs
-# run in it by default.
+# The project's prefix for one Windows build (build/wine/BUILD, never the user's ~/.wine), with
+# the virtual desktop: vell_wine_prefix win32|win64 exports WINEPREFIX and VELL_WINE, the loader.
 vell_wine_prefix() {
     export WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES="mscoree,mshtml="
-    vell_make_prefix "$VELL_BUILD/wine" yes
-    export WINEPREFIX=$VELL_BUILD/wine
+    VELL_WINE=${VELL_WINE_OF[$1]}
+    vell_make_prefix "$VELL_BUILD/wine/$1" "$VELL_WINE" yes
+    export WINEPREFIX=$VELL_BUILD/wine/$1
 }
 
-# A second prefix without the virtual desktop, where Wine uses the X screen's own modes; its
-# path goes to VELL_WINEPREFIX_PLAIN for the tests that need it.
+# A second prefix for the build without the virtual desktop, where Wine uses the X screen's own
+# modes; its path goes to VELL_WINEPREFIX_PLAIN for the tests that need it.
 vell_plain_prefix() {
-    vell_make_prefix "$VELL_BUILD/wine-plain" no
-    export VELL_WINEPREFIX_PLAIN=$VELL_BUILD/wine-plain
+    vell_make_prefix "$VELL_BUILD/wine-plain/$1" "${VELL_WINE_OF[$1]}" no
+    export VELL_WINEPREFIX_PLAIN=$VELL_BUILD/wine-plain/$1
 }
 
 # vell_start_xvfb VAR DEPTH: starts Xvfb on a free display number and exports VAR=":N". Runs in

@@ -76,6 +76,10 @@ TEST(BlitClip, HostileNumbersNeverOverflow) {
     EXPECT_EQ(far.left, kMax - 5);
     // an empty destination takes nothing
     EXPECT_EQ(vell::clipBlit(0, 0, 0, 0, s, dest), BlitClip::Nothing);
+    // CreateRect's edges stop at the ends of the range
+    EXPECT_EQ(vell::clampedSum(kMax, 1), kMax);
+    EXPECT_EQ(vell::clampedSum(kMin, -1), kMin);
+    EXPECT_EQ(vell::clampedSum(10, 30), 40);
 }
 
 } // namespace

@@ -1,0 +1,47 @@
+#!/bin/sh
+# A refused run of the font maker exits non-zero with one line of message and leaves no file
+# behind, not even a temporary one; an earlier file of the same name stays as it was.
+#   sh fontmaker_refusals.sh TOOL FONT
+tool=$1 font=$2
+dir=$(mktemp -d) || exit 1
+trap 'rm -rf "$dir"' EXIT
+printf 'not a font\n' >"$dir/text.ttf"
+mkdir "$dir/folder"
+failed=0
+
+# refuse WHAT ARGUMENT...
+refuse() {
+    what=$1
+    shift
+    if "$tool" "$@" >"$dir/out.txt" 2>"$dir/err.txt"; then
+        echo "FAIL: $what: accepted"
+        failed=1
+    fi
+    if [ "$(wc -l <"$dir/err.txt")" -ne 1 ] || [ -s "$dir/out.txt" ]; then
+        echo "FAIL: $what: not one line of message:"
+        cat "$dir/err.txt"
+        failed=1
+    fi
+    left=$(cd "$dir" && ls | grep -v -x -e text.ttf -e folder -e out.txt -e err.txt)
+    if [ -n "$left" ]; then
+        echo "FAIL: $what: left $left"
+        failed=1
+    fi
+    rm -f "$dir/out.txt" "$dir/err.txt"
+}
+
+refuse "size 0" --size 0 "$font" "$dir/font.bmp"
+refuse "size 256" --size 256 "$font" "$dir/font.bmp"
+refuse "not a font" "$dir/text.ttf" "$dir/font.bmp"
+refuse "missing font" "$dir/missing.ttf" "$dir/font.bmp"
+refuse "unknown code page" --codepage 850 "$font" "$dir/font.bmp"
+refuse "no such folder" "$font" "$dir/missing/font.bmp"
+refuse "output is a folder" "$font" "$dir/folder"
+refuse "preview into no such folder" --preview "$dir/missing/p.png" "$font" "$dir/font.bmp"
+
+printf 'earlier\n' >"$dir/kept.bmp"
+"$tool" --size 0 "$font" "$dir/kept.bmp" 2>/dev/null
+[ "$(cat "$dir/kept.bmp")" = earlier ] || { echo "FAIL: an earlier file was changed"; failed=1; }
+
+[ $failed -eq 0 ] && echo "all refusals clean"
+exit $failed

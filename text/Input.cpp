@@ -65,7 +65,9 @@ int TDirectDraw::Input(TDirectFont *font, int x, int y, char *text, int maxLengt
             len = static_cast<int>(std::strlen(text));
             break;
         }
-        if (got == 0) { // a quit message is handed on to the client's loop afterwards
+        // A quit message (which Windows hands on despite the filter) is posted again at the end,
+        // for the client's loop.
+        if (got == 0) {
             quit = true;
             quitCode = message.wParam;
             continue;

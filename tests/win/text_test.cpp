@@ -4,6 +4,7 @@
 #include "tests/host/font_bytes.h"
 #include "text/print_loop.h"
 
+#include <algorithm>
 #include <cstring>
 #include <thread>
 
@@ -171,6 +172,7 @@ HANDLE editorReading = nullptr;
 std::vector<UINT> windowSaw;
 LRESULT CALLBACK recordingProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_DEADCHAR) SetEvent(editorReading);
+    if (message == WM_SYSDEADCHAR) DestroyWindow(window);
     if (message >= WM_KEYDOWN && message <= 0x108) windowSaw.push_back(message);
     return DefWindowProcA(window, message, wParam, lParam);
 }
@@ -191,8 +193,12 @@ void typeKeys(HWND window, std::vector<Key> keys) {
     for (int i = 0; i < 500 && WaitForSingleObject(editorReading, 20) != WAIT_OBJECT_0; ++i)
         PostMessageA(window, WM_DEADCHAR, 0, 0);
     for (const Key &k : keys) {
+        if (k.message == WM_QUIT) {
+            PostThreadMessageA(GetWindowThreadProcessId(window, nullptr), WM_QUIT, k.code, 0);
+            continue;
+        }
         const LPARAM scan = MapVirtualKeyA(static_cast<UINT>(k.code), MAPVK_VK_TO_VSC) << 16;
-        PostMessageA(window, k.message, k.code, k.message == WM_CHAR ? 1 : scan | 1);
+        PostMessageA(window, k.message, k.code, k.message == WM_KEYDOWN ? scan | 1 : 1);
         if (k.message == WM_KEYDOWN) PostMessageA(window, WM_KEYUP, k.code, scan | 0xC0000001);
     }
 }
@@ -238,6 +244,9 @@ TEST_F(TextTest, EditorTakesKeysWhileItRuns) {
         {&*font, narrow, 50, "", 9, {chr('a'), chr('a'), chr('a'), chr(13)}, "aa", true},
         {&small, 10, 300, "", 5, {chr('z'), chr('!'), chr(13)}, "!", true},
         {&*font, 10, 472, "keep", 9, {}, "keep", false}, // the strip would leave the screen
+        {&*font, 60, 0, "", 9, {chr('a'), {WM_QUIT, 7}, chr('b'), chr(13)}, "ab", true}, // quit
+                                                                                         // kept
+        {&*font, 10, 20, "go", 9, {chr('a'), {WM_SYSDEADCHAR, 0}}, "go", true}, // window destroyed
     };
     for (const auto &c : cases) {
         std::vector<std::uint16_t> want = scramble(display->lpPrimary);
@@ -254,13 +263,19 @@ TEST_F(TextTest, EditorTakesKeysWhileItRuns) {
         CloseHandle(editorReading);
         EXPECT_EQ(length, static_cast<int>(std::strlen(c.result))) << c.result;
         EXPECT_STREQ(text, c.result);
-        for (UINT m : windowSaw)
-            EXPECT_EQ(m, static_cast<UINT>(WM_DEADCHAR)) << c.result;
+        for (UINT m : windowSaw) // only what the editor hands on
+            EXPECT_TRUE(m == WM_DEADCHAR || m == WM_SYSDEADCHAR) << m;
         expectPixels(display->lpPrimary, want);
         MSG left;
         while (PeekMessageA(&left, window, WM_KEYDOWN, 0x108, PM_REMOVE)) {
         }
+        const bool quit =
+            std::any_of(c.keys.begin(), c.keys.end(), [](Key k) { return k.message == WM_QUIT; });
+        EXPECT_EQ(PeekMessageA(&left, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != 0, quit);
     }
+    display->Exit(); // no save strip can be made: nothing is drawn, the text is kept
+    char text[] = "same";
+    EXPECT_EQ(display->Input(&*font, 0, 0, text, 9, 0), 4);
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include "tests/host/font_bytes.h"
 #include "text/print_loop.h"
 
-#include <algorithm>
 #include <cstring>
 #include <thread>
 

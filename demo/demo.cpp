@@ -3,11 +3,12 @@
 // It opens its window, constructs the application base object with the debug log on
 // (VellDemo.log in the current directory), opens the display full screen (640x480 at 16 bits),
 // builds a tiled background from the bitmap resource TILE, loads two sprites from the bitmap files
-// beside the program, and runs a frame loop: background, sprites moving and clipped at the screen's
-// edges, a line of status text, a score and a fading message printed in the font beside the
-// program (font.bmp), flip. Sound effects (wave files beside the program) play at a
-// master volume of 70 when a rock leaves the screen and when the ship turns; without a sound
-// device the demo runs silently. Escape ends it early.
+// beside the program and three alpha images from TGA files, and runs a frame loop: background,
+// sprites moving and clipped at the screen's edges, a crate with a translucent drop shadow, an orb
+// fading in and out, a saucer crossing the bottom edge, a line of status text, a score and a fading
+// message printed in the font beside the program (font.bmp), flip. Sound effects (wave files beside
+// the program) play at a master volume of 70 when a rock leaves the screen and when the ship
+// turns; without a sound device the demo runs silently. Escape ends it early.
 //
 //   VellDemo.exe [seconds]      (default 3)
 #include "VellBase.h"
@@ -125,6 +126,13 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             display.CreateSurface(background, 640, 480, "TILE"); // tiled from the resource
             IDirectDrawSurface2 *ship = loadSprite(display, "ship.bmp");
             IDirectDrawSurface2 *rock = loadSprite(display, "rock.bmp");
+            // Alpha images, packed in the display's layout as they load.
+            const std::string orbFile = besideProgram("orb.tga");
+            const std::string crateFile = besideProgram("crate.tga");
+            const std::string saucerFile = besideProgram("saucer.tga");
+            TBitmap orb(&display, orbFile.c_str(), 0);
+            TBitmap crate(&display, crateFile.c_str(), 0);
+            TBitmap saucer(&display, saucerFile.c_str(), 0);
             // Text: the demo's font (DejaVu Sans at 16 pixels, made by vell-fontmaker).
             const std::string fontFile = besideProgram("font.bmp");
             TDirectFont font(fontFile.c_str());
@@ -171,6 +179,18 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                     if (rock != nullptr)
                         display.Blit(display.lpBack, x, y, rock, &part, DDBLT_KEYSRC | DDBLT_WAIT);
                 }
+                // The crate's shadow is the whole rectangle in black at a constant alpha.
+                crate.Paint(display.lpBack, 88, 168, 0, 110);
+                crate.Paint(display.lpBack, 80, 160, -1, -1);
+                // Invisible to fully there and back every two seconds.
+                const auto opacity =
+                    static_cast<unsigned long>(127.5f - 127.5f * std::cos(3.14159f * t));
+                orb.Blend(display.lpBack, 470, 140, opacity, -1, -1);
+                // Across the bottom edge, leaving on the right and coming back on the left: the
+                // positions go negative and Paint clips.
+                const int saucerX = static_cast<int>(std::fmod(140 * t + 490, 704.f)) - 64;
+                saucer.Paint(display.lpBack, static_cast<unsigned long>(saucerX), 454, -1, -1);
+
                 const float shipX = 330 * std::sin(1.3f * t);
                 const float step = shipX - previousShipX;
                 if (frames > 1 && (step > 0) != (previousStep > 0)) sound.playSound(blip); // turned

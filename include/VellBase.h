@@ -215,6 +215,56 @@ public:
     bool ErrorMessage(int hr, const char *lpszText);
 };
 
+// An image in ordinary memory, made for one display: a 16-bit colour plane in the display's
+// layout (dwGraphicsMode as it was when the image was made) and an 8-bit alpha plane, 0
+// transparent to 255 opaque. Both planes are dwWidth x dwHeight, row-major, top row first, no
+// padding, allocated with malloc; either may be null (no alpha plane: opaque; no colour plane: a
+// mask drawn in a given colour). Copies never share planes. The display and its base object must
+// outlive the image. Constructors never fail loudly: a failure is one line in the debug log and
+// leaves an empty image (0 x 0, no planes) unless noted.
+//
+//   TBitmap ship(&display, "ship.tga", 0);             // colour, and alpha if the file has it
+//   ship.Paint(display.lpBack, x, y, -1, -1);          // its own colours and alpha
+//   ship.Blend(display.lpBack, x, y, 128, 0, 96);      // a black shadow, half faded
+//
+// Painting and blending clip to the surface: positions are read as signed numbers, so a sprite
+// partly off any edge (a negative position cast to unsigned long included) shows its visible part.
+class VELLBASE_API TBitmap {
+public:
+    DWORD dwWidth;
+    DWORD dwHeight;
+    BYTE *lpAlpha; // dwWidth * dwHeight alpha values, or null
+    WORD *lpRGB;   // dwWidth * dwHeight pixel words, or null
+    TVellBase *lpBase;
+    TDirectDraw *lpDirectDraw;
+
+    explicit TBitmap(TDirectDraw *lpDirectDraw); // empty
+    // An uncompressed true-colour TGA file of 24 or 32 bits. dwPlanes 1 keeps the alpha plane only,
+    // 2 the colour plane only, any other value both (alpha when the file has 8 alpha bits).
+    // Truncated files and files of width * height * 2 >= 2^32 bytes are refused.
+    TBitmap(TDirectDraw *lpDirectDraw, const char *file, unsigned long dwPlanes);
+    // The rectangle of a 16-bit surface (words copied as they are), clipped to the surface; no
+    // alpha plane. An inverted rectangle gives an empty image.
+    TBitmap(TDirectDraw *lpDirectDraw, IDirectDrawSurface2 *lpDDS, const RECT &rect);
+    TBitmap(const TBitmap &src);
+    // The rectangle of src, clipped to it; an inverted rectangle gives an empty image.
+    TBitmap(const TBitmap &src, const RECT &rect);
+    ~TBitmap();
+    TBitmap &operator=(const TBitmap &) = delete;
+
+    // Draws the image with its top-left pixel at (dwX, dwY). lColor -1 takes the colour plane
+    // (0xFFFF without one), any other value its low 16 bits for every pixel; lAlpha -1 takes the
+    // alpha plane (255 without one), any other value, clamped to 0..255, is the alpha of the whole
+    // rectangle. Alpha 0 leaves a pixel, 255 replaces it, anything between mixes it. Always true;
+    // a failed lock or a display mode that cannot mix is one line in the log.
+    bool Paint(IDirectDrawSurface2 *lpDDS, unsigned long dwX, unsigned long dwY, long lColor,
+               long lAlpha);
+    // Paint at an opacity: every alpha is scaled to alpha * dwOpacity / 256 (truncated). 0 draws
+    // nothing; 255 (and above) is Paint itself.
+    bool Blend(IDirectDrawSurface2 *lpDDS, unsigned long dwX, unsigned long dwY,
+               unsigned long dwOpacity, long lColor, long lAlpha);
+};
+
 // One loaded sound: nBuffers voices sharing one sample buffer (lpdsBuffer[0] holds the samples,
 // the others are duplicates of it); iNext is the voice the next playSound starts. Owned by the
 // client from TDirectSound::newSound to TDirectSound::deleteSound.

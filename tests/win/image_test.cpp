@@ -1,0 +1,144 @@
+// Images from real TGA files painted and blended onto real surfaces (the 5:6:5 back buffer and a
+// 5:5:5 off-screen surface), clipped at every edge, cut out of a drawn scene, and the log lines of
+// failed locks, an unknown graphics mode and a missing file.
+#include "display_fixture.h"
+
+#include "image/compose.h"
+
+#include <tuple>
+#include <vector>
+
+namespace {
+
+using vtest::dataFile;
+
+class ImageTest : public vtest::DisplayTest {
+protected:
+    void SetUp() override {
+        DisplayTest::SetUp();
+        VELL_NEEDS_16_BIT_SCREEN();
+        ASSERT_NE(open(1).lpBack, nullptr);
+    }
+
+    // Every pixel of the surface, row by row, after filling it with a pattern if asked to.
+    static std::vector<std::uint16_t> pixels(IDirectDrawSurface2 *s, bool fill = false) {
+        vtest::SurfaceLock lock(s);
+        std::vector<std::uint16_t> all;
+        for (int i = 0; i < lock.width() * lock.height(); ++i) {
+            std::uint16_t &p = lock.at(i % lock.width(), i / lock.width());
+            all.push_back(fill ? p = static_cast<std::uint16_t>(i * 977 + i / lock.width()) : p);
+        }
+        return all;
+    }
+};
+
+// Both files hold the pattern of tools/make_images.py, pattern32.tga bottom-up with alpha,
+// pattern24.tga top-down without. What Paint and Blend write is the reference loops' result on a
+// copy of the surface: only the visible part of the sprite changes, wherever it is placed.
+TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
+    DDSURFACEDESC desc = {};
+    desc.dwSize = sizeof desc;
+    desc.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
+    desc.dwWidth = 40;
+    desc.dwHeight = 30;
+    desc.ddpfPixelFormat = {
+        sizeof desc.ddpfPixelFormat, DDPF_RGB, 0, {16}, {0x7C00}, {0x03E0}, {0x001F}, {0}};
+    IDirectDrawSurface2 *s555 = nullptr;
+    ASSERT_TRUE(display->CreateSurface(s555, desc));
+    const std::tuple<unsigned long, long, long> calls[] = {{~0ul, -1, -1},  {~0ul, 0x1234, -1},
+                                                           {~0ul, -1, 100}, {128, -1, -1},
+                                                           {100, 0, 200},   {300, -1, -1}};
+    const int alphas[] = {0, 255, 128, 1, 254, 64, 200};
+    for (auto [surface, mode, W, H] :
+         {std::make_tuple(display->lpBack, 2ul, 640, 480), std::make_tuple(s555, 1ul, 40, 30)}) {
+        display->dwGraphicsMode = mode;
+        for (const char *file : {"pattern32.tga", "pattern24.tga"}) {
+            TBitmap sprite(&*display, dataFile(file).c_str(), 0);
+            ASSERT_EQ(sprite.dwWidth * sprite.dwHeight, 35u);
+            ASSERT_EQ(sprite.lpAlpha != nullptr, file[7] == '3');
+            for (int i = 0, x = 0, y = 0; i < 35; x = ++i % 7, y = i / 7) {
+                EXPECT_EQ(sprite.lpRGB[i], vell::packRGB(mode, 40 * x, 60 * y, 255 - 30 * x)) << i;
+                EXPECT_TRUE(!sprite.lpAlpha || sprite.lpAlpha[i] == alphas[(x + 2 * y) % 7]) << i;
+            }
+            const POINT places[] = {{10, 10}, {-3, 2},        {4, -2}, {W - 4, 3}, {5, H - 2},
+                                    {-5, -4}, {W - 3, H - 1}, {-7, 0}, {W, 0}};
+            for (POINT at : places)
+                for (auto [opacity, colour, alpha] : calls) {
+                    std::vector<std::uint16_t> want = pixels(surface, true);
+                    const vell::PixelTarget target = {reinterpret_cast<std::uint8_t *>(want.data()),
+                                                      2 * W, W, H};
+                    const vell::ImagePlanes planes = {7, 5, sprite.lpAlpha, sprite.lpRGB};
+                    vell::blendImage(target, at.x, at.y, vell::paintSources(planes, colour, alpha),
+                                     opacity, mode);
+                    EXPECT_TRUE(opacity == ~0ul
+                                    ? sprite.Paint(surface, at.x, at.y, colour, alpha)
+                                    : sprite.Blend(surface, at.x, at.y, opacity, colour, alpha));
+                    ASSERT_EQ(pixels(surface), want)
+                        << file << " in mode " << mode << " at " << at.x << "," << at.y << ": "
+                        << opacity << ", " << colour << ", " << alpha;
+                }
+        }
+    }
+    s555->Release();
+}
+
+TEST_F(ImageTest, UnknownModeFailedLocksAndMissingFilesAreLoggedAndDrawNothing) {
+    std::string want;
+    {
+        TBitmap sprite(&*display, dataFile("pattern32.tga").c_str(), 0),
+            none(&*display, "none.tga", 0);
+        display->dwGraphicsMode = 0;
+        const std::vector<std::uint16_t> before = pixels(display->lpBack, true);
+        EXPECT_TRUE(sprite.Paint(display->lpBack, 0, 0, -1, -1));
+        EXPECT_TRUE(sprite.Blend(display->lpBack, 0, 0, 100, 31, 128));
+        EXPECT_TRUE(sprite.Paint(display->lpBack, 0, 0, -1, 0)); // nothing to mix: no line
+        EXPECT_EQ(pixels(display->lpBack), before);
+        EXPECT_TRUE(sprite.Paint(display->lpBack, 0, 0, 31, 255)); // copies need no layout
+        EXPECT_EQ(vtest::pixel16(display->lpBack, 6, 4), 31u);
+
+        display->dwGraphicsMode = 2;
+        IDirectDrawSurface2 *s = surface(16, 16);
+        ASSERT_EQ(display->lpDD->SetDisplayMode(640, 480, 16), DD_OK); // loses every surface
+        EXPECT_TRUE(sprite.Paint(s, 1, 1, -1, -1));
+        EXPECT_TRUE(sprite.Blend(s, 1, 1, 100, -1, -1));
+        const TBitmap cut(&*display, s, RECT{0, 0, 16, 16});
+        EXPECT_EQ(cut.dwWidth + cut.dwHeight, 0u);
+        EXPECT_NE(cut.lpRGB, nullptr); // kept for the destructor
+        s->Release();
+        char text[128];
+        display->getErrorString(DDERR_SURFACELOST, text);
+        want = std::string("TBitmap::TBitmap(char*) - Could not open file \"none.tga\"!\n") +
+               "TBitmap::Paint (...) unknown graphicsmode\nTBitmap::Blend (...) unknown "
+               "graphicsmode\n" +
+               "TBitmap::Paint - SurfaceLock failed!\n\n" + text +
+               "\nTBitmap::Blend - SurfaceLock failed!\n  " + text +
+               "\nTBitmap::TBitmap(LPSURFACE) - SurfaceLock failed!\n\n" + text + "\n";
+    }
+    const std::string log = closeAndReadLog();
+    EXPECT_NE(log.find(want), std::string::npos) << log;
+}
+
+TEST_F(ImageTest, CutsOfADrawnSceneAndCopiesAreClippedRectangles) {
+    TBitmap sprite(&*display, dataFile("pattern32.tga").c_str(), 0);
+    ASSERT_EQ(display->ClearSurface(display->lpBack, 0x0841), DD_OK);
+    sprite.Paint(display->lpBack, 632, 100, -1, -1); // half off the right edge
+    const std::vector<std::uint16_t> scene = pixels(display->lpBack);
+    const RECT off = {630, 98, 700, 104}, inverted = {10, 10, 5, 20}, part = {8, 4, 20, 9};
+    const TBitmap cut(&*display, display->lpBack, off), none(&*display, display->lpBack, inverted);
+    ASSERT_EQ(cut.dwWidth * 100 + cut.dwHeight, 1006u);
+    EXPECT_EQ(cut.lpAlpha, nullptr);
+    for (int i = 0; i < 60; ++i)
+        EXPECT_EQ(cut.lpRGB[i], scene[(98 + i / 10) * 640 + 630 + i % 10]) << i;
+    EXPECT_EQ(none.dwWidth + none.dwHeight + (none.lpRGB != nullptr), 0u);
+
+    // Copies: whole, of columns 8-9 and rows 4-5, and of a rectangle right of a 7-wide sprite.
+    const TBitmap whole(cut), corner(cut, part), outside(sprite, part), flipped(sprite, inverted);
+    EXPECT_EQ(std::vector<WORD>(whole.lpRGB, whole.lpRGB + 60),
+              std::vector<WORD>(cut.lpRGB, cut.lpRGB + 60));
+    ASSERT_EQ(corner.dwWidth * 100 + corner.dwHeight, 202u);
+    EXPECT_EQ(corner.lpRGB[3], cut.lpRGB[59]);
+    EXPECT_EQ(outside.dwWidth * 100 + outside.dwHeight + (outside.lpAlpha != nullptr), 1u);
+    EXPECT_EQ(flipped.dwWidth + flipped.dwHeight + (flipped.lpRGB != nullptr), 0u);
+}
+
+} // namespace

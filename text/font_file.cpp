@@ -91,4 +91,12 @@ unsigned scanSpacingRow(const std::uint8_t *row, std::size_t columns,
     return count;
 }
 
+std::uint64_t textLineWidth(const FontCell *cells, unsigned count, const unsigned char *text) {
+    std::uint64_t width = 0;
+    if (text == nullptr) return 0;
+    for (; *text != 0 && *text != 10 && *text != 13; ++text)
+        width += fontCell(cells, count, *text).width;
+    return width;
+}
+
 } // namespace vell

@@ -68,6 +68,10 @@ inline FontCell fontCell(const FontCell *cells, unsigned count, unsigned char c)
     return k < count ? cells[k] : FontCell{0, 0};
 }
 
+// The width of the first line of a zero-terminated text: the sum of its characters' widths up to
+// the first byte 0, 10 or 13. A null text is 0 wide.
+std::uint64_t textLineWidth(const FontCell *cells, unsigned count, const unsigned char *text);
+
 } // namespace vell
 
 #endif

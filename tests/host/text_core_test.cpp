@@ -39,6 +39,8 @@ TEST(FontFile, RowOrdersPaddingPalettesMarkersAndRefusals) {
     EXPECT_EQ(font.count, vell::kMaxFontChars);
     EXPECT_EQ(vell::fontCell(font.cells, font.count, 255).position, 231u);
     EXPECT_EQ(vell::fontCell(font.cells, font.count, 31).width, 0u);
+    const unsigned char lines[] = "!\"\r#";
+    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, lines), 9u);
 
     // Refused: not BM, 2 planes, 4 or 24 bits, compressed, width 0, -1 or 65537, height 0, 1 or
     // INT_MIN, a GiB of rows, 257 colours, and a file one byte short.

@@ -5,9 +5,10 @@
 // builds a tiled background from the bitmap resource TILE, loads two sprites from the bitmap files
 // beside the program and three alpha images from TGA files, and runs a frame loop: background,
 // sprites moving and clipped at the screen's edges, a crate with a translucent drop shadow, an orb
-// fading in and out, a saucer crossing the bottom edge, a line of status text, flip. Sound effects
-// (wave files beside the program) play at a master volume of 70 when a rock leaves the screen and
-// when the ship turns; without a sound device the demo runs silently. Escape ends it early.
+// fading in and out, a saucer crossing the bottom edge, a line of status text, a score and a fading
+// message printed in the font beside the program (font.bmp), flip. Sound effects (wave files beside
+// the program) play at a master volume of 70 when a rock leaves the screen and when the ship
+// turns; without a sound device the demo runs silently. Escape ends it early.
 //
 //   VellDemo.exe [seconds]      (default 3)
 #include "VellBase.h"
@@ -132,6 +133,9 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             TBitmap orb(&display, orbFile.c_str(), 0);
             TBitmap crate(&display, crateFile.c_str(), 0);
             TBitmap saucer(&display, saucerFile.c_str(), 0);
+            // Text: the demo's font (DejaVu Sans at 16 pixels, made by vell-fontmaker).
+            const std::string fontFile = besideProgram("font.bmp");
+            TDirectFont font(fontFile.c_str());
 
             // Rocks drift across and leave the screen on every side; the blits clip them.
             // Motion follows the clock (pixels per second), frames are paced at 60 per second.
@@ -197,6 +201,17 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                     display.Blit(display.lpBack, 304 + static_cast<int>(shipX),
                                  380 + static_cast<int>(40 * std::sin(2.6f * t)), ship, &part,
                                  DDBLT_KEYSRC | DDBLT_WAIT);
+
+                // Text: a score at the top right and a message fading in and out.
+                char score[32];
+                std::snprintf(score, sizeof score, "SCORE %06lu", frames * 10);
+                const auto *scoreBytes = reinterpret_cast<const unsigned char *>(score);
+                display.PrintText(&font, display.lpBack, 630 - font.getStringWidth(scoreBytes), 8,
+                                  score, display.wWhite, 0);
+                const char message[] = "Welcome to VellBase\nanti-aliased text, fading in and out";
+                const auto fade = static_cast<unsigned char>(110 + 110 * std::sin(2.0f * t));
+                display.PrintText(&font, display.lpBack, 150, 200, message,
+                                  display.dwGraphicsMode == 1 ? 0x7FE0 : 0xFFE0, fade); // yellow
 
                 char text[96];
                 std::snprintf(text, sizeof text, "VellBase demo - frame %lu, %.1f s", frames, t);

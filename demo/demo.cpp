@@ -136,6 +136,14 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             // Text: the demo's font (DejaVu Sans at 16 pixels, made by vell-fontmaker).
             const std::string fontFile = besideProgram("font.bmp");
             TDirectFont font(fontFile.c_str());
+            // A label for the crate: a text image that GDI renders four times larger, reduced to
+            // smooth edges, then painted through its alpha in one colour.
+            LOGFONTA labelFont = {};
+            labelFont.lfHeight = -10;
+            labelFont.lfWeight = FW_BOLD;
+            labelFont.lfQuality = NONANTIALIASED_QUALITY; // the reduction does the smoothing
+            lstrcpyA(labelFont.lfFaceName, "Tahoma");
+            TBitmap label(&display, &labelFont, "CARGO", 4);
 
             // Rocks drift across and leave the screen on every side; the blits clip them.
             // Motion follows the clock (pixels per second), frames are paced at 60 per second.
@@ -182,6 +190,12 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 // The crate's shadow is the whole rectangle in black at a constant alpha.
                 crate.Paint(display.lpBack, 88, 168, 0, 110);
                 crate.Paint(display.lpBack, 80, 160, -1, -1);
+                const int labelX = 80 + (40 - static_cast<int>(label.dwWidth)) / 2;
+                const int labelY = 160 + (40 - static_cast<int>(label.dwHeight)) / 2;
+                label.Paint(display.lpBack, static_cast<unsigned long>(labelX + 1),
+                            static_cast<unsigned long>(labelY + 1), 0, -1); // its shadow
+                label.Paint(display.lpBack, static_cast<unsigned long>(labelX),
+                            static_cast<unsigned long>(labelY), display.wWhite, -1);
                 // Invisible to fully there and back every two seconds.
                 const auto opacity =
                     static_cast<unsigned long>(127.5f - 127.5f * std::cos(3.14159f * t));

@@ -249,6 +249,13 @@ public:
     TBitmap(const TBitmap &src);
     // The rectangle of src, clipped to it; an inverted rectangle gives an empty image.
     TBitmap(const TBitmap &src, const RECT &rect);
+    // Alpha-only images of text (lpRGB null). From a GDI font: one line rendered factor times
+    // larger on a scratch surface and reduced, every factor x factor block's exactly white pixels
+    // counted (factor 0 counts as 1); the caller's lfHeight is multiplied by factor and lfWidth set
+    // to 0, and stay so. From a bitmap font: the glyphs' coverage, lines below each other, as
+    // wide as the first line; a wider later line is cut at the edge, pixels no glyph covers are 0.
+    TBitmap(TDirectDraw *lpDirectDraw, LOGFONTA *logFont, const char *text, unsigned char factor);
+    TBitmap(TDirectDraw *lpDirectDraw, TDirectFont *font, const char *text);
     ~TBitmap();
     TBitmap &operator=(const TBitmap &) = delete;
 

@@ -8,7 +8,8 @@
 // fading in and out, a saucer crossing the bottom edge, a line of status text, a score and a fading
 // message printed in the font beside the program (font.bmp), flip. Sound effects (wave files beside
 // the program) play at a master volume of 70 when a rock leaves the screen and when the ship
-// turns; without a sound device the demo runs silently. Escape ends it early.
+// turns; without a sound device the demo runs silently. Escape ends it early. Started by hand
+// (no seconds given), it ends by asking for the player's name in the line editor.
 //
 //   VellDemo.exe [seconds]      (default 3)
 #include "VellBase.h"
@@ -95,7 +96,8 @@ void drawStatus(IDirectDrawSurface2 *surface, const char *text) {
 } // namespace
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
-    const DWORD seconds = commandLine && *commandLine ? std::strtoul(commandLine, nullptr, 10) : 3;
+    const bool byHand = commandLine == nullptr || *commandLine == 0; // tools/demo.sh gives seconds
+    const DWORD seconds = byHand ? 3 : std::strtoul(commandLine, nullptr, 10);
 
     TVellBase base(instance, IDS_DEMO_APPNAME, IDS_DEMO_REGKEY, true);
     char title[128] = "VellBase demo";
@@ -237,6 +239,14 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 if (static_cast<LONG>(due - after) > 0) Sleep(due - after);
             }
             base.DebugOut("VellDemo: %lu frames in %lu ms\n", frames, GetTickCount() - start);
+            if (byHand && running) {
+                // The line editor on the last frame: Enter takes the name, Escape keeps "Player".
+                display.PrintText(&font, display.lpPrimary, 200, 290, "Your name:", display.wWhite,
+                                  0);
+                char name[24] = "Player";
+                display.Input(&font, 200, 310, name, 20, display.wWhite);
+                base.DebugOut("VellDemo: the player is %s\n", name);
+            }
             for (IDirectDrawSurface2 *s : {background, ship, rock})
                 if (s != nullptr) s->Release();
         }

@@ -5,9 +5,11 @@
 // builds a tiled background from the bitmap resource TILE, loads two sprites from the bitmap files
 // beside the program and three alpha images from TGA files, and runs a frame loop: background,
 // sprites moving and clipped at the screen's edges, a crate with a translucent drop shadow, an orb
-// fading in and out, a saucer crossing the bottom edge, a line of status text, flip. Sound effects
-// (wave files beside the program) play at a master volume of 70 when a rock leaves the screen and
-// when the ship turns; without a sound device the demo runs silently. Escape ends it early.
+// fading in and out, a saucer crossing the bottom edge, a line of status text, a score and a fading
+// message printed in the font beside the program (font.bmp), flip. Sound effects (wave files beside
+// the program) play at a master volume of 70 when a rock leaves the screen and when the ship
+// turns; without a sound device the demo runs silently. Escape ends it early. Started by hand
+// (no seconds given), it ends by asking for the player's name in the line editor.
 //
 //   VellDemo.exe [seconds]      (default 3)
 #include "VellBase.h"
@@ -94,7 +96,8 @@ void drawStatus(IDirectDrawSurface2 *surface, const char *text) {
 } // namespace
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
-    const DWORD seconds = commandLine && *commandLine ? std::strtoul(commandLine, nullptr, 10) : 3;
+    const bool byHand = commandLine == nullptr || *commandLine == 0; // tools/demo.sh gives seconds
+    const DWORD seconds = byHand ? 3 : std::strtoul(commandLine, nullptr, 10);
 
     TVellBase base(instance, IDS_DEMO_APPNAME, IDS_DEMO_REGKEY, true);
     char title[128] = "VellBase demo";
@@ -132,6 +135,17 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             TBitmap orb(&display, orbFile.c_str(), 0);
             TBitmap crate(&display, crateFile.c_str(), 0);
             TBitmap saucer(&display, saucerFile.c_str(), 0);
+            // Text: the demo's font (DejaVu Sans at 16 pixels, made by vell-fontmaker).
+            const std::string fontFile = besideProgram("font.bmp");
+            TDirectFont font(fontFile.c_str());
+            // A label for the crate: a text image that GDI renders four times larger, reduced to
+            // smooth edges, then painted through its alpha in one colour.
+            LOGFONTA labelFont = {};
+            labelFont.lfHeight = -10;
+            labelFont.lfWeight = FW_BOLD;
+            labelFont.lfQuality = NONANTIALIASED_QUALITY; // the reduction does the smoothing
+            lstrcpyA(labelFont.lfFaceName, "Tahoma");
+            TBitmap label(&display, &labelFont, "CARGO", 4);
 
             // Rocks drift across and leave the screen on every side; the blits clip them.
             // Motion follows the clock (pixels per second), frames are paced at 60 per second.
@@ -178,6 +192,12 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 // The crate's shadow is the whole rectangle in black at a constant alpha.
                 crate.Paint(display.lpBack, 88, 168, 0, 110);
                 crate.Paint(display.lpBack, 80, 160, -1, -1);
+                const int labelX = 80 + (40 - static_cast<int>(label.dwWidth)) / 2;
+                const int labelY = 160 + (40 - static_cast<int>(label.dwHeight)) / 2;
+                label.Paint(display.lpBack, static_cast<unsigned long>(labelX + 1),
+                            static_cast<unsigned long>(labelY + 1), 0, -1); // its shadow
+                label.Paint(display.lpBack, static_cast<unsigned long>(labelX),
+                            static_cast<unsigned long>(labelY), display.wWhite, -1);
                 // Invisible to fully there and back every two seconds.
                 const auto opacity =
                     static_cast<unsigned long>(127.5f - 127.5f * std::cos(3.14159f * t));
@@ -198,6 +218,17 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                                  380 + static_cast<int>(40 * std::sin(2.6f * t)), ship, &part,
                                  DDBLT_KEYSRC | DDBLT_WAIT);
 
+                // Text: a score at the top right and a message fading in and out.
+                char score[32];
+                std::snprintf(score, sizeof score, "SCORE %06lu", frames * 10);
+                const auto *scoreBytes = reinterpret_cast<const unsigned char *>(score);
+                display.PrintText(&font, display.lpBack, 630 - font.getStringWidth(scoreBytes), 8,
+                                  score, display.wWhite, 0);
+                const char message[] = "Welcome to VellBase\nanti-aliased text, fading in and out";
+                const auto fade = static_cast<unsigned char>(110 + 110 * std::sin(2.0f * t));
+                display.PrintText(&font, display.lpBack, 150, 200, message,
+                                  display.dwGraphicsMode == 1 ? 0x7FE0 : 0xFFE0, fade); // yellow
+
                 char text[96];
                 std::snprintf(text, sizeof text, "VellBase demo - frame %lu, %.1f s", frames, t);
                 drawStatus(display.lpBack, text);
@@ -208,6 +239,14 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 if (static_cast<LONG>(due - after) > 0) Sleep(due - after);
             }
             base.DebugOut("VellDemo: %lu frames in %lu ms\n", frames, GetTickCount() - start);
+            if (byHand && running) {
+                // The line editor on the last frame: Enter takes the name, Escape keeps "Player".
+                display.PrintText(&font, display.lpPrimary, 200, 290, "Your name:", display.wWhite,
+                                  0);
+                char name[24] = "Player";
+                display.Input(&font, 200, 310, name, 20, display.wWhite);
+                base.DebugOut("VellDemo: the player is %s\n", name);
+            }
             for (IDirectDrawSurface2 *s : {background, ship, rock})
                 if (s != nullptr) s->Release();
         }

@@ -14,7 +14,7 @@ void reduceRendering(const std::uint8_t *bits, std::ptrdiff_t pitch, std::uint16
             unsigned n = 0;
             for (unsigned v = 0; v < factor; ++v) {
                 const auto *row = reinterpret_cast<const std::uint16_t *>(
-                    bits + (std::ptrdiff_t{cy} * factor + v) * pitch);
+                    bits + static_cast<std::ptrdiff_t>(cy * factor + v) * pitch);
                 for (unsigned u = 0; u < factor; ++u)
                     n += row[std::size_t{cx} * factor + u] == white;
             }

@@ -100,6 +100,42 @@ struct VELLBASE_API structDeviceInfo {
     structDeviceInfo *lpNext;
 };
 
+// A proportional bitmap font with anti-aliased glyphs, read from an uncompressed 8-bit BMP: the
+// glyphs of codes 32, 33, ... side by side, each pixel's palette index being its coverage (0 none,
+// 255 full ink), and below them one spacing row whose non-zero bytes close the characters' cells
+// (the first marker ends the cell of code 32 at its column, the next that of code 33, and so on; at
+// most 224). The rows may be stored bottom-up or top-down.
+//
+// A file that cannot be opened shows the box "Falscher Font-Name!", one that is not such a bitmap
+// (or is cut short, or has an image height below 2) "Falsches Font-Format!", both captioned
+// "DirectFont"; the font then keeps what it had (nothing, after construction). A character the
+// font lacks, every code below 32 included, has width 0. The font needs no display.
+class VELLBASE_API TDirectFont {
+public:
+    char *lpFileName;          // own copy of the file name
+    DWORD dwWidth;             // the image's width: glyph row r starts at r * dwWidth
+    DWORD dwHeight;            // glyph and line height: the image's height - 1
+    unsigned char *lpFontData; // dwHeight rows of dwWidth coverage bytes; null until loaded
+    DWORD (*lpSpacings)[2];    // 224 cells {position, width} for codes 32..255
+    BYTE bLastIndex;           // wCharCount - 1 while the font has characters
+    WORD wCharCount;           // the number of characters: codes 32 .. 31 + wCharCount
+
+    explicit TDirectFont(const char *fileName); // loads the file at once
+    ~TDirectFont();
+    TDirectFont(const TDirectFont &) = delete;
+    TDirectFont &operator=(const TDirectFont &) = delete;
+
+    bool LoadFont(); // reads lpFileName again; a failed reload keeps the previous contents
+    // Builds the cell table from the next rowSize bytes of a file opened with _lopen, of which
+    // only the first dwWidth columns count (as LoadFont does with the spacing row).
+    void ReadSpacings(int hFile, int rowSize);
+    unsigned char *getFontData();
+    int getCharPos(unsigned char c);   // column of c's cell, 0 when the font lacks it
+    int getCharWidth(unsigned char c); // 0 when the font lacks c
+    // The width of the first line of s: up to the first byte 0, 10 or 13; null gives 0.
+    int getStringWidth(const unsigned char *s);
+};
+
 // The display. Full screen (dwMode 1): exclusive, 640x480 at 16 bits, lpPrimary with one back
 // buffer lpBack to draw on and Flip. Windowed (any other dwMode): lpPrimary is the desktop, no back
 // buffer. Construct it after storing the window handle in TVellBase::hWnd; it keeps its own copy.
@@ -159,6 +195,20 @@ public:
                              unsigned long dwRGB); // 0xFFFFFFFF: failed
     tagRECT CreateRect(int x, int y, int w, int h);
 
+    // Text. PrintText mixes the colour into surface by each glyph pixel's coverage, faded by
+    // transparency (0: the glyphs' own coverage, 255: no change), under one lock of the surface.
+    // A line feed goes back to x and one glyph height down, other codes below 32 are skipped.
+    // Glyphs partly off the surface show their visible part. Returns strlen(text) + 1, or 0 (a
+    // null or empty font, a surface that cannot be locked, a null text).
+    int PrintText(TDirectFont *font, IDirectDrawSurface2 *surface, int x, int y, const char *text,
+                  unsigned short colour, unsigned char transparency);
+    // A modal one-line editor on lpPrimary at (x, y): the window's keys edit text (room for
+    // maxLength + 1 bytes) until Enter keeps it or Escape restores it; returns its length. Keys
+    // queued before the call are dropped. A line that would run past the screen's right edge
+    // takes no more characters; a line not wholly on the screen, or a missing off-screen save
+    // strip, returns the initial length without drawing.
+    int Input(TDirectFont *font, int x, int y, char *text, int maxLength, unsigned short colour);
+
     // Error texts: getErrorString writes at most 126 bytes; ErrorMessage shows the box and
     // returns false.
     void getErrorString(int hr, char *lpszError);
@@ -199,6 +249,13 @@ public:
     TBitmap(const TBitmap &src);
     // The rectangle of src, clipped to it; an inverted rectangle gives an empty image.
     TBitmap(const TBitmap &src, const RECT &rect);
+    // Alpha-only images of text (lpRGB null). From a GDI font: one line rendered factor times
+    // larger on a scratch surface and reduced, every factor x factor block's exactly white pixels
+    // counted (factor 0 counts as 1); the caller's lfHeight is multiplied by factor and lfWidth set
+    // to 0, and stay so. From a bitmap font: the glyphs' coverage, lines below each other, as
+    // wide as the first line; a wider later line is cut at the edge, pixels no glyph covers are 0.
+    TBitmap(TDirectDraw *lpDirectDraw, LOGFONTA *logFont, const char *text, unsigned char factor);
+    TBitmap(TDirectDraw *lpDirectDraw, TDirectFont *font, const char *text);
     ~TBitmap();
     TBitmap &operator=(const TBitmap &) = delete;
 

@@ -47,6 +47,11 @@ inline std::string readFile(const std::string &path) { // "" when it cannot be o
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
+inline bool writeFile(const std::string &path, const std::string &bytes) {
+    std::ofstream out(path, std::ios::binary);
+    return static_cast<bool>(out.write(bytes.data(), static_cast<std::streamsize>(bytes.size())));
+}
+
 inline std::string dataFile(const char *name) { // test data, in "data" beside the program
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, MAX_PATH);

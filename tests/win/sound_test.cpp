@@ -7,8 +7,6 @@
 #include <cstdio>
 #include <numeric>
 
-using vtest::kOther;
-using vtest::kOtherGuid;
 using vtest::readValue;
 using vtest::writeValue;
 using SoundTest = vtest::VellTest;
@@ -73,22 +71,22 @@ TEST_F(SoundTest, SwitchedOffInTheRegistryOrByASwitchOfAnotherType) {
         EXPECT_EQ(ds.dwVolume, 5u);
         EXPECT_EQ(ds.Init(), 0);
         EXPECT_EQ(ds.Exit(), 1);
-        EXPECT_EQ(ds.setDevice(kOther), 0); // stored all the same
+        EXPECT_EQ(ds.setDevice(vtest::kOther), 0); // stored all the same
         const std::string opening = vtest::expectDeviceList(ds.lpDeviceList, true);
         EXPECT_EQ(closeAndReadLog(), opening + "De-initializing DirectSound:\ndone.\n");
         EXPECT_EQ(readValue("TDirectSound::dwDisable"), "1");
-        EXPECT_EQ(readValue("TDirectSound::guidDevice"), kOtherGuid);
+        EXPECT_EQ(readValue("TDirectSound::guidDevice"), vtest::kOtherGuid);
     }
 }
 
 TEST_F(SoundTest, DeviceThatCannotBeOpenedSwitchesSoundOffForGood) {
-    ASSERT_TRUE(writeValue("TDirectSound::guidDevice", kOtherGuid));
+    ASSERT_TRUE(writeValue("TDirectSound::guidDevice", vtest::kOtherGuid));
     EXPECT_EQ(openSound().dwDisable, 1u);
     expectBox("DirectSound", "ERROR: Unable to initialize DirectSound!\n\nInvalid parameter!",
               window);
     sound.reset();
     EXPECT_EQ(readValue("TDirectSound::dwDisable"), "1");
-    EXPECT_EQ(readValue("TDirectSound::guidDevice"), kOtherGuid);
+    EXPECT_EQ(readValue("TDirectSound::guidDevice"), vtest::kOtherGuid);
     EXPECT_EQ(openSound().lpDS, nullptr); // and the next run shows nothing
     base->hWnd = vtest::createWindow();   // boxes belong to the window of the moment
     EXPECT_FALSE(sound->ErrorMessage(static_cast<int>(0x88780078), "Something failed."));
@@ -214,9 +212,8 @@ Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
     if (buffer != nullptr) buffer->Release();
     if (capture != nullptr) capture->Release();
     EXPECT_FALSE(x.empty()) << "nothing recorded";
-    double peak = 0;
-    for (double v : x)
-        peak = std::max(peak, std::abs(v));
+    const auto [low, high] = std::minmax_element(x.begin(), x.end());
+    const double peak = x.empty() ? 0 : std::max(-*low, *high);
     const auto loud = [peak](double v) { return std::abs(v) > peak / 4; };
     const auto first = std::find_if(x.begin(), x.end(), loud);
     const auto end = std::find_if(x.rbegin(), x.rend(), loud).base();

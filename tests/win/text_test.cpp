@@ -72,7 +72,7 @@ TEST_F(TextTest, FontFilesAndTheirBoxes) {
 }
 
 TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
-    TDirectFont font("big.bmp");
+    TDirectFont font("big.bmp"), made(vtest::dataFile("sans16.bmp").c_str()); // by vell-fontmaker
     IDirectDrawSurface2 *surface555 = make555(61, 23);
     for (auto [s, w, h, mode] :
          {std::tuple(display->lpBack, 640, 480, 2), {surface555, 61, 23, 1}}) {
@@ -90,6 +90,9 @@ TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
                       int(std::strlen(text)) + 1);
             printOn(want, w, font, x, y, text, colour, t, mode);
         }
+        // The made font prints as the font maker's preview prints it (the same loop).
+        EXPECT_EQ(display->PrintText(&made, s, 2, h - 12, "Wij 0!", 0x7BEF, 0), 7);
+        printOn(want, w, made, 2, h - 12, "Wij 0!", 0x7BEF, 0, mode);
         EXPECT_TRUE(pixels(s) == want) << "mode " << mode;
     }
     EXPECT_EQ(display->PrintText(nullptr, surface555, 0, 0, "x", 0, 0), 0);

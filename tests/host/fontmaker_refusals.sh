@@ -13,21 +13,12 @@ failed=0
 refuse() {
     what=$1
     shift
-    if "$tool" "$@" >"$dir/out.txt" 2>"$dir/err.txt"; then
-        echo "FAIL: $what: accepted"
-        failed=1
-    fi
-    if [ "$(wc -l <"$dir/err.txt")" -ne 1 ] || [ -s "$dir/out.txt" ]; then
-        echo "FAIL: $what: not one line of message:"
-        cat "$dir/err.txt"
-        failed=1
-    fi
-    left=$(cd "$dir" && ls | grep -v -x -e text.ttf -e folder -e out.txt -e err.txt)
-    if [ -n "$left" ]; then
-        echo "FAIL: $what: left $left"
-        failed=1
-    fi
+    "$tool" "$@" >"$dir/out.txt" 2>"$dir/err.txt" && { echo "FAIL: $what: accepted"; failed=1; }
+    [ "$(wc -l <"$dir/err.txt")" -eq 1 ] && [ ! -s "$dir/out.txt" ] ||
+        { echo "FAIL: $what: not one line of message:"; cat "$dir/err.txt"; failed=1; }
     rm -f "$dir/out.txt" "$dir/err.txt"
+    left=$(ls "$dir" | grep -v -x -e text.ttf -e folder)
+    [ -z "$left" ] || { echo "FAIL: $what: left $left"; failed=1; }
 }
 
 refuse "size 0" --size 0 "$font" "$dir/font.bmp"

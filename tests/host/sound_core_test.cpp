@@ -3,20 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace {
 
 TEST(Volume, ScaleAndItsEnds) {
-    const struct {
-        unsigned long volume;
-        std::uint32_t attenuation;
-        int readBack;
-    } points[] = {{100, 0, 100}, {50, 1506, 50}, {10, 5000, 10}, {2, 8495, 2},
-                  {1, 10000, 1}, {0, 10000, 1},  {101, 0, 100},  {0xFFFFFFFF, 0, 100}};
-    for (const auto &p : points) {
-        EXPECT_EQ(vell::volumeToAttenuation(p.volume), p.attenuation) << "volume " << p.volume;
-        EXPECT_EQ(vell::attenuationToVolume(p.attenuation), p.readBack) << "volume " << p.volume;
-    }
-    for (unsigned long v = 1; v <= 100; ++v)
+    const std::pair<unsigned long, std::uint32_t> points[] = {{100, 0},  {50, 1506},     {10, 5000},
+                                                              {2, 8495}, {1, 10000},     {0, 10000},
+                                                              {101, 0},  {0xFFFFFFFF, 0}};
+    for (auto [volume, attenuation] : points)
+        EXPECT_EQ(vell::volumeToAttenuation(volume), attenuation) << "volume " << volume;
+    for (unsigned long v = 1; v <= 100; ++v) // and back: 0 reads as 1, 101 and more as 100
         EXPECT_EQ(vell::attenuationToVolume(vell::volumeToAttenuation(v)), static_cast<int>(v));
     EXPECT_EQ(vell::attenuationToVolume(5), 100);   // the registry default
     EXPECT_EQ(vell::attenuationToVolume(20000), 1); // beyond silence: hand-edited

@@ -21,6 +21,9 @@
 
 namespace vtest {
 
+const char kOtherGuid[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}"; // bytes in memory order
+const GUID kOther = {0x67452301, 0xAB89, 0xEFCD, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
+
 inline std::string keyPath() { // HKEY_CURRENT_USER\<string IDS_REGKEY>, the test program's key
     char path[512] = {};
     LoadStringA(GetModuleHandleA(nullptr), IDS_REGKEY, path, sizeof path);
@@ -48,8 +51,7 @@ inline std::string readFile(const std::string &path) { // "" when it cannot be o
 }
 
 inline bool writeFile(const std::string &path, const std::string &bytes) {
-    std::ofstream out(path, std::ios::binary);
-    return static_cast<bool>(out.write(bytes.data(), static_cast<std::streamsize>(bytes.size())));
+    return static_cast<bool>(std::ofstream(path, std::ios::binary) << bytes);
 }
 
 inline std::string dataFile(const char *name) { // test data, in "data" beside the program
@@ -213,6 +215,39 @@ private:
     }
     HHOOK hook_ = nullptr;
     std::filesystem::path dir_;
+};
+
+// Full screen on the 16-bit X screen, its back buffer 5:6:5. Surfaces made with `make` are
+// released after the test.
+class ScreenTest : public VellTest {
+protected:
+    void SetUp() override {
+        VellTest::SetUp();
+        if (screenDepth() != 16) GTEST_SKIP() << "needs the 16-bit X screen";
+        ASSERT_NE(openDisplay().lpBack, nullptr);
+    }
+    void TearDown() override {
+        for (IDirectDrawSurface2 *s : surfaces)
+            s->Release();
+        VellTest::TearDown();
+    }
+    template <class... Args> IDirectDrawSurface2 *make(Args &&...args) {
+        IDirectDrawSurface2 *s = nullptr;
+        EXPECT_TRUE(display->CreateSurface(s, args...));
+        if (s != nullptr) surfaces.push_back(s);
+        return s;
+    }
+    IDirectDrawSurface2 *make555(DWORD width, DWORD height) { // an off-screen 5:5:5 surface
+        DDSURFACEDESC desc = {};
+        desc.dwSize = sizeof desc;
+        desc.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
+        desc.dwWidth = width;
+        desc.dwHeight = height;
+        desc.ddpfPixelFormat = {
+            sizeof desc.ddpfPixelFormat, DDPF_RGB, 0, {16}, {0x7C00}, {0x03E0}, {0x001F}, {0}};
+        return make(desc);
+    }
+    std::vector<IDirectDrawSurface2 *> surfaces;
 };
 
 } // namespace vtest

@@ -15,28 +15,13 @@ namespace {
 using vtest::dataFile;
 using vtest::pixels;
 
-class ImageTest : public vtest::VellTest {
-protected:
-    void SetUp() override {
-        VellTest::SetUp();
-        if (vtest::screenDepth() != 16) GTEST_SKIP() << "needs the 16-bit X screen";
-        ASSERT_NE(openDisplay(1).lpBack, nullptr);
-    }
-};
+using ImageTest = vtest::ScreenTest;
 
 // Both files hold the pattern of tools/make_images.py, pattern32.tga bottom-up with alpha,
 // pattern24.tga top-down without. What Paint and Blend write is the reference loops' result on a
 // copy of the surface: only the visible part of the sprite changes, wherever it is placed.
 TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
-    DDSURFACEDESC desc = {};
-    desc.dwSize = sizeof desc;
-    desc.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
-    desc.dwWidth = 40;
-    desc.dwHeight = 30;
-    desc.ddpfPixelFormat = {
-        sizeof desc.ddpfPixelFormat, DDPF_RGB, 0, {16}, {0x7C00}, {0x03E0}, {0x001F}, {0}};
-    IDirectDrawSurface2 *s555 = nullptr;
-    ASSERT_TRUE(display->CreateSurface(s555, desc));
+    IDirectDrawSurface2 *s555 = make555(40, 30);
     const std::tuple<unsigned long, long, long> calls[] = {{~0ul, -1, -1},  {~0ul, 0x1234, -1},
                                                            {~0ul, -1, 100}, {128, -1, -1},
                                                            {100, 0, 200},   {300, -1, -1}};
@@ -71,7 +56,6 @@ TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
                 }
         }
     }
-    s555->Release();
 }
 
 TEST_F(ImageTest, UnknownModeFailedLocksAndMissingFilesAreLoggedAndDrawNothing) {
@@ -89,7 +73,7 @@ TEST_F(ImageTest, UnknownModeFailedLocksAndMissingFilesAreLoggedAndDrawNothing) 
         EXPECT_EQ(pixels(display->lpBack)[4 * 640 + 6], 31u);
 
         display->dwGraphicsMode = 2;
-        IDirectDrawSurface2 *s = nullptr;
+        IDirectDrawSurface2 *s = nullptr; // released while the display is open
         ASSERT_TRUE(display->CreateSurface(s, 16, 16, nullptr));
         ASSERT_EQ(display->lpDD->SetDisplayMode(640, 480, 16), DD_OK); // loses every surface
         EXPECT_TRUE(sprite.Paint(s, 1, 1, -1, -1));

@@ -11,9 +11,6 @@ using vtest::readValue;
 using vtest::writeValue;
 using SoundTest = vtest::VellTest;
 
-const char kOtherGuid[] = "{01234567-89AB-CDEF-0123-456789ABCDEF}"; // bytes in memory order
-const GUID kOther = {0x67452301, 0xAB89, 0xEFCD, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
-
 std::string little(std::uint32_t value, int bytes) { // as Windows stores numbers
     return std::string(reinterpret_cast<const char *>(&value), bytes);
 }
@@ -41,9 +38,8 @@ const std::string kFormat = format(22050, 1, 16);
 std::string tone(double seconds, double amplitude) {
     std::string samples;
     for (int i = 0; i < seconds * 22050; ++i)
-        samples += little(static_cast<std::uint16_t>(static_cast<std::int16_t>(
-                              amplitude * std::sin(2 * 3.14159265358979 * 440 * i / 22050))),
-                          2);
+        samples +=
+            little(std::int16_t(amplitude * std::sin(2 * 3.14159265358979 * 440 * i / 22050)), 2);
     return samples;
 }
 
@@ -60,8 +56,6 @@ TEST_F(SoundTest, VolumeIsKeptInTheRegistry) {
     ds.setVolume(50);
     sound.reset();
     EXPECT_EQ(readValue("TDirectSound::dwVolume"), "1506");
-    EXPECT_EQ(openSound().getVolume(), 50);
-    sound.reset();
     ASSERT_TRUE(writeValue("TDirectSound::dwVolume", little(20000, 4), REG_DWORD)); // hand-edited
     EXPECT_EQ(openSound().getVolume(), 1);
     sound.reset();
@@ -77,22 +71,22 @@ TEST_F(SoundTest, SwitchedOffInTheRegistryOrByASwitchOfAnotherType) {
         EXPECT_EQ(ds.dwVolume, 5u);
         EXPECT_EQ(ds.Init(), 0);
         EXPECT_EQ(ds.Exit(), 1);
-        EXPECT_EQ(ds.setDevice(kOther), 0); // stored all the same
+        EXPECT_EQ(ds.setDevice(vtest::kOther), 0); // stored all the same
         const std::string opening = vtest::expectDeviceList(ds.lpDeviceList, true);
         EXPECT_EQ(closeAndReadLog(), opening + "De-initializing DirectSound:\ndone.\n");
         EXPECT_EQ(readValue("TDirectSound::dwDisable"), "1");
-        EXPECT_EQ(readValue("TDirectSound::guidDevice"), kOtherGuid);
+        EXPECT_EQ(readValue("TDirectSound::guidDevice"), vtest::kOtherGuid);
     }
 }
 
 TEST_F(SoundTest, DeviceThatCannotBeOpenedSwitchesSoundOffForGood) {
-    ASSERT_TRUE(writeValue("TDirectSound::guidDevice", kOtherGuid));
+    ASSERT_TRUE(writeValue("TDirectSound::guidDevice", vtest::kOtherGuid));
     EXPECT_EQ(openSound().dwDisable, 1u);
     expectBox("DirectSound", "ERROR: Unable to initialize DirectSound!\n\nInvalid parameter!",
               window);
     sound.reset();
     EXPECT_EQ(readValue("TDirectSound::dwDisable"), "1");
-    EXPECT_EQ(readValue("TDirectSound::guidDevice"), kOtherGuid);
+    EXPECT_EQ(readValue("TDirectSound::guidDevice"), vtest::kOtherGuid);
     EXPECT_EQ(openSound().lpDS, nullptr); // and the next run shows nothing
     base->hWnd = vtest::createWindow();   // boxes belong to the window of the moment
     EXPECT_FALSE(sound->ErrorMessage(static_cast<int>(0x88780078), "Something failed."));
@@ -218,9 +212,8 @@ Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
     if (buffer != nullptr) buffer->Release();
     if (capture != nullptr) capture->Release();
     EXPECT_FALSE(x.empty()) << "nothing recorded";
-    double peak = 0;
-    for (double v : x)
-        peak = std::max(peak, std::abs(v));
+    const auto [low, high] = std::minmax_element(x.begin(), x.end());
+    const double peak = x.empty() ? 0 : std::max(-*low, *high);
     const auto loud = [peak](double v) { return std::abs(v) > peak / 4; };
     const auto first = std::find_if(x.begin(), x.end(), loud);
     const auto end = std::find_if(x.rbegin(), x.rend(), loud).base();

@@ -6,7 +6,6 @@
 
 #include <cstring>
 #include <thread>
-#include <utility>
 
 namespace {
 
@@ -19,10 +18,7 @@ vtest::FontPicture fontPicture(int chars, std::uint32_t rows) {
     return p;
 }
 
-// A 16-bit surface's pixels row by row, first given a pattern when asked to.
-std::vector<std::uint16_t> pixels(IDirectDrawSurface2 *s, bool fill = false) {
-    return vtest::pixels(s, fill);
-}
+using vtest::pixels;
 
 // What the printing rule makes of `want`, a surface w pixels wide.
 void printOn(std::vector<std::uint16_t> &want, int w, TDirectFont &f, int x, int y,
@@ -36,12 +32,11 @@ void printOn(std::vector<std::uint16_t> &want, int w, TDirectFont &f, int x, int
         reinterpret_cast<const unsigned char *>(text), colour, t, mode);
 }
 
-class TextTest : public vtest::VellTest {
+class TextTest : public vtest::ScreenTest {
 protected:
     void SetUp() override {
-        VellTest::SetUp();
-        if (vtest::screenDepth() != 16) GTEST_SKIP() << "needs the 16-bit X screen";
-        ASSERT_NE(openDisplay(1).lpBack, nullptr);
+        ScreenTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
         ASSERT_TRUE(vtest::writeFile("big.bmp", fontFileBytes(big, false)));
         ASSERT_TRUE(vtest::writeFile("small.bmp", fontFileBytes(fontPicture(19, 6), true)));
     }
@@ -64,13 +59,11 @@ TEST_F(TextTest, FontFilesAndTheirBoxes) {
         const char *name = bytes.empty() ? "none.bmp" : "bad.bmp";
         EXPECT_TRUE(bytes.empty() || vtest::writeFile(name, bytes));
         TDirectFont failed(name);
+        expectBox("DirectFont", bytes.empty() ? "Falscher Font-Name!" : "Falsches Font-Format!",
+                  nullptr);
         ASSERT_TRUE(vtest::writeFile("big.bmp", bytes)); // a failed reload keeps what it had
         EXPECT_FALSE(font.LoadFont());
-        const auto shown = std::exchange(boxes, {});
-        ASSERT_EQ(shown.size(), 2u) << name;
-        EXPECT_EQ(shown[0].caption + shown[1].caption, "DirectFontDirectFont");
-        EXPECT_EQ(shown[0].text, bytes.empty() ? "Falscher Font-Name!" : "Falsches Font-Format!");
-        EXPECT_EQ(shown[1].text, "Falsches Font-Format!");
+        expectBox("DirectFont", "Falsches Font-Format!", nullptr);
         EXPECT_TRUE(failed.getFontData() == nullptr && failed.getCharWidth('!') == 0);
         EXPECT_EQ(display->PrintText(&failed, display->lpBack, 0, 0, "!", 0, 0), 0);
         EXPECT_EQ(std::memcmp(font.getFontData(), big.glyphs.data(), big.glyphs.size()), 0);
@@ -79,16 +72,8 @@ TEST_F(TextTest, FontFilesAndTheirBoxes) {
 }
 
 TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
-    TDirectFont font("big.bmp");
-    DDSURFACEDESC desc = {};
-    desc.dwSize = sizeof desc;
-    desc.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
-    desc.dwWidth = 61;
-    desc.dwHeight = 23;
-    desc.ddpfPixelFormat = {
-        sizeof desc.ddpfPixelFormat, DDPF_RGB, 0, {16}, {0x7C00}, {0x03E0}, {0x1F}, {0}};
-    IDirectDrawSurface2 *surface555 = nullptr;
-    ASSERT_TRUE(display->CreateSurface(surface555, desc));
+    TDirectFont font("big.bmp"), made(vtest::dataFile("sans16.bmp").c_str()); // by vell-fontmaker
+    IDirectDrawSurface2 *surface555 = make555(61, 23);
     for (auto [s, w, h, mode] :
          {std::tuple(display->lpBack, 640, 480, 2), {surface555, 61, 23, 1}}) {
         display->dwGraphicsMode = mode;
@@ -105,10 +90,12 @@ TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
                       int(std::strlen(text)) + 1);
             printOn(want, w, font, x, y, text, colour, t, mode);
         }
+        // The made font prints as the font maker's preview prints it (the same loop).
+        EXPECT_EQ(display->PrintText(&made, s, 2, h - 12, "Wij 0!", 0x7BEF, 0), 7);
+        printOn(want, w, made, 2, h - 12, "Wij 0!", 0x7BEF, 0, mode);
         EXPECT_TRUE(pixels(s) == want) << "mode " << mode;
     }
     EXPECT_EQ(display->PrintText(nullptr, surface555, 0, 0, "x", 0, 0), 0);
-    surface555->Release();
 }
 
 // The editor's window. A posted WM_DEADCHAR reaches it only once the editor reads the queue,

@@ -43,8 +43,7 @@ void copyGlyphs(const GlyphFont &font, const unsigned char *text, std::uint32_t 
         }
         if (c < 32) continue;
         const FontCell cell = fontCell(font.cells, font.count, c);
-        const std::uint64_t w =
-            cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
+        const std::uint64_t w = columnsInPlane(font, cell);
         const std::uint64_t shown = column < width ? std::min<std::uint64_t>(w, width - column) : 0;
         for (std::uint32_t r = 0; shown > 0 && r < font.height && row + r < height; ++r)
             std::memcpy(alpha + (row + r) * width + column,

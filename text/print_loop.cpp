@@ -20,9 +20,7 @@ void printLoop(const PixelTarget &target, const GlyphFont &font, std::int64_t x,
         }
         if (c < 32) continue;
         const FontCell cell = fontCell(font.cells, font.count, c);
-        // A cell reaching past the plane's row (only a damaged table has one) is cut at its end.
-        const std::int64_t width =
-            cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
+        const std::int64_t width = columnsInPlane(font, cell);
         const std::int64_t left = std::max<std::int64_t>(0, -x);
         const std::int64_t right = std::min<std::int64_t>(width, target.width - x);
         const std::int64_t top = std::max<std::int64_t>(0, -y);

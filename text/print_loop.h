@@ -16,6 +16,7 @@
 #ifndef VELL_PRINT_LOOP_H
 #define VELL_PRINT_LOOP_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "image/pixel_format.h"
@@ -30,6 +31,12 @@ struct GlyphFont {
     const FontCell *cells; // each cell inside the plane: position + width <= stride
     unsigned count;
 };
+
+// The columns of a cell that lie in the plane's row: a cell reaching past it (only a damaged
+// table has one) is cut at its end, so no reader goes past a glyph row.
+inline std::uint32_t columnsInPlane(const GlyphFont &font, const FontCell &cell) {
+    return cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
+}
 
 // Prints text with its top-left at (x, y), clipped to the target; the printing rule of the library.
 // Runs on the path chosen at run time (image/simd.h).

@@ -109,8 +109,7 @@ void printStrips(Strip &strip, const PixelTarget &target, const GlyphFont &font,
         }
         if (c < 32) continue;
         const FontCell cell = fontCell(font.cells, font.count, c);
-        const std::int64_t width =
-            cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
+        const std::int64_t width = columnsInPlane(font, cell);
         const std::int64_t left = std::max<std::int64_t>(0, -x);
         const std::int64_t right = std::min<std::int64_t>(width, target.width - x);
         if (left < right && strip.visible())

@@ -109,7 +109,9 @@ vell_install_packages() {
     if ! vell_plan && [[ " ${missing[*]} " == *" wine32:i386 "* ]]; then
         grep '^Remv ' <<<"$plan" | sed 's/^/[vell]   would remove: /' >&2 || true
         vell_log "32-bit Wine cannot be installed without removing packages: the win32 tests will not run"
-        missing=("${missing[@]/wine32:i386/}")
+        local -a rest=()
+        for pkg in "${missing[@]}"; do [ "$pkg" = wine32:i386 ] || rest+=("$pkg"); done
+        missing=("${rest[@]}")
         VELL_WIN32=0
         vell_plan || { vell_log "apt-get cannot install: ${missing[*]}"; return 1; }
     fi

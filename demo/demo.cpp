@@ -159,7 +159,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             float previousShipX = 0, previousStep = 0;
             MSG message;
             bool running = true;
-            sound.playSound(whoosh); // the scene opens with a whoosh: even a short run is heard
+            // The scene opens with a whoosh: even a short run is heard.
+            DWORD sounds = sound.playSound(whoosh);
             for (DWORD now = start; running && now - start < seconds * 1000; now = GetTickCount()) {
                 while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
                     if (message.message == WM_QUIT) running = false;
@@ -183,7 +184,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                                       std::fmod(r.y + 40 + r.vy * t, 560.f) + 560.f, 560.f)) -
                                   40;
                     // A jump of the wrapped position: the rock left the screen.
-                    if (frames > 0 && std::abs(x - previousX[i]) > 300) sound.playSound(whoosh);
+                    if (frames > 0 && std::abs(x - previousX[i]) > 300)
+                        sounds += sound.playSound(whoosh);
                     previousX[i] = x;
                     RECT part = display.CreateRect(0, 0, 24, 24);
                     if (rock != nullptr)
@@ -209,7 +211,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
 
                 const float shipX = 330 * std::sin(1.3f * t);
                 const float step = shipX - previousShipX;
-                if (frames > 1 && (step > 0) != (previousStep > 0)) sound.playSound(blip); // turned
+                if (frames > 1 && (step > 0) != (previousStep > 0))
+                    sounds += sound.playSound(blip); // turned
                 previousShipX = shipX;
                 previousStep = step;
                 RECT part = display.CreateRect(0, 0, 32, 32);
@@ -239,6 +242,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                 if (static_cast<LONG>(due - after) > 0) Sleep(due - after);
             }
             base.DebugOut("VellDemo: %lu frames in %lu ms\n", frames, GetTickCount() - start);
+            base.DebugOut("VellDemo: %lu sounds started\n", sounds);
             if (byHand && running) {
                 // The line editor on the last frame: Enter takes the name, Escape keeps "Player".
                 display.PrintText(&font, display.lpPrimary, 200, 290, "Your name:", display.wWhite,

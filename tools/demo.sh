@@ -41,8 +41,12 @@ mkdir -p "$out"
 rm -f "$out/VellDemo.log" "$out/screenshot.png" "$out/sound.wav"
 vell_log "running the $build demo for $seconds s on display $DISPLAY"
 if [ "$own_sink" = yes ]; then
-    parec -d vell_sink.monitor --rate=22050 --channels=1 --format=s16le --file-format=wav \
-        "$out/sound.wav" &
+    # A small latency: with parec's default (two seconds) the idle null sink hands its monitor's
+    # audio over in blocks that long, and when the demo's stream starts and the sink changes its
+    # latency, the first block of sound never reaches the recording: the scene's opening sound
+    # went missing from it although it played.
+    parec --latency-msec=20 -d vell_sink.monitor --rate=22050 --channels=1 --format=s16le \
+        --file-format=wav "$out/sound.wav" &
     VELL_CLEANUP+=("kill $!")
 fi
 (cd "$out" && exec "$VELL_WINE" "$VELL_BUILD/$build/bin/VellDemo.exe" "$seconds") &
@@ -64,8 +68,15 @@ if [ "$own_sink" = yes ]; then
     sleep 0.5
     vell_cleanup_last # stops the recording
     peak=$(sox "$out/sound.wav" -n stat 2>&1 | awk '/Maximum amplitude/ { print $3 }')
+    # Sounds heard: stretches above 1% of full scale after at least 50 ms below it (sounds that
+    # overlap count once). The demo logs how many it started.
+    heard=$(sox "$out/sound.wav" -t dat - 2>/dev/null | awk '
+        !/^;/ { a = $2 < 0 ? -$2 : $2
+                if (a > 0.01) { if (quiet >= 1103) n++; quiet = 0 } else quiet++ }
+        BEGIN { quiet = 1103 } END { print n + 0 }')
+    started=$(sed -nE 's/^VellDemo: ([0-9]+) sounds? started.*/\1/p' "$out/VellDemo.log" 2>/dev/null)
     if awk -v p="${peak:-0}" 'BEGIN { exit !(p > 0.001) }'; then
-        echo "sound: $out/sound.wav (what the demo played; peak $peak of full scale)"
+        echo "sound: heard $heard separate sounds (the demo started ${started:-?}; overlapping ones sound as one), peak $peak of full scale: $out/sound.wav"
     else
         echo "sound: SILENT - nothing was heard on the private sound server ($out/sound.wav)"
         status=1

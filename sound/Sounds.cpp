@@ -149,6 +149,14 @@ int TDirectSound::playSound(structDirectSoundBuffer *lpSound) {
     voice->SetVolume(-static_cast<LONG>(attenuation));
     const HRESULT hr = voice->Play(0, 0, 0); // a voice still sounding goes on, not restarted
     if (hr == DS_OK) {
+        // Play can accept a voice that then does not sound (its device stopped under it, say):
+        // such a voice was not started, and the log says so instead of the game going quiet.
+        DWORD status = 0;
+        if (SUCCEEDED(voice->GetStatus(&status)) && (status & DSBSTATUS_PLAYING) == 0) {
+            lpBase->DebugOut("TDirectSound::playSound (...) voice %d is not playing\n",
+                             lpSound->iNext);
+            return 0;
+        }
         lpSound->iNext = (lpSound->iNext + 1) % lpSound->nBuffers;
         return 1;
     }

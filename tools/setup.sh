@@ -12,7 +12,7 @@
 VELL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VELL_BUILD=${VELL_BUILD:-$VELL_ROOT/build}
 VELL_PACKAGES=(
-    cmake ninja-build g++ clang libclang-rt-14-dev googletest libbenchmark-dev cloc
+    cmake ninja-build git g++ clang clang-format libclang-rt-14-dev googletest libbenchmark-dev cloc
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools python3 python3-pil
     libfreetype-dev fonts-dejavu-core
     wine64 wine xvfb xauth x11-utils pulseaudio pulseaudio-utils sox imagemagick
@@ -119,14 +119,21 @@ vell_install_packages() {
 }
 
 # Makes (once) and settles a Wine prefix: vell_make_prefix DIR LOADER DESKTOP, DESKTOP "yes" or
-# "no". The prefix of the 32-bit loader is a 32-bit one.
+# "no". The prefix of the 32-bit loader is a 32-bit one. What Wine prints goes to DIR.log, whose
+# end is shown when a step fails; the function then returns 1.
 vell_make_prefix() {
     local prefix=$1 loader=$2 desktop=$3 arch=win64
     [ "$loader" = "${VELL_WINE_OF[win32]}" ] && arch=win32
+    local log=$prefix.log
+    mkdir -p "$prefix" || { vell_log "cannot make the Wine prefix's folder $prefix"; return 1; }
     if [ ! -f "$prefix/system.reg" ]; then
         vell_log "making a Wine prefix in $prefix"
-        mkdir -p "$prefix"
-        WINEARCH=$arch WINEPREFIX=$prefix "$loader" wineboot -u >/dev/null 2>&1
+        if ! WINEARCH=$arch WINEPREFIX=$prefix "$loader" wineboot -u >"$log" 2>&1 ||
+            [ ! -f "$prefix/system.reg" ]; then
+            vell_log "wineboot could not make the Wine prefix $prefix ($loader); its last words:"
+            tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
+            return 1
+        fi
     fi
     local stamp=$prefix/.vell-settings-2
     if [ ! -f "$stamp" ]; then
@@ -143,12 +150,16 @@ vell_make_prefix() {
             'HKCU\Software\Wine\Explorer' /v Desktop /t REG_SZ /d Default
             'HKCU\Software\Wine\Explorer\Desktops' /v Default /t REG_SZ /d 1024x768
         )
-        local i ok=1
+        local i
         for ((i = 0; i < ${#settings[@]}; i += 7)); do
-            WINEPREFIX=$prefix "$loader" reg add "${settings[@]:i:7}" /f >/dev/null 2>&1 || ok=0
+            if ! WINEPREFIX=$prefix "$loader" reg add "${settings[@]:i:7}" /f >>"$log" 2>&1; then
+                vell_log "reg add failed in the Wine prefix $prefix: ${settings[*]:i:3}; its last words:"
+                tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
+                return 1
+            fi
         done
-        [ $ok -eq 1 ] && touch "$stamp"
         WINEPREFIX=$prefix wineserver -w
+        touch "$stamp"
     fi
     VELL_PREFIXES+=("$prefix")
 }
@@ -159,29 +170,31 @@ vell_wine_prefix() {
     export WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES="mscoree,mshtml="
     VELL_WINE=${VELL_WINE_OF[$1]}
-    vell_make_prefix "$VELL_BUILD/wine/$1" "$VELL_WINE" yes
+    vell_make_prefix "$VELL_BUILD/wine/$1" "$VELL_WINE" yes || return 1
     export WINEPREFIX=$VELL_BUILD/wine/$1
 }
 
 # A second prefix for the build without the virtual desktop, where Wine uses the X screen's own
 # modes; its path goes to VELL_WINEPREFIX_PLAIN for the tests that need it.
 vell_plain_prefix() {
-    vell_make_prefix "$VELL_BUILD/wine-plain/$1" "${VELL_WINE_OF[$1]}" no
+    vell_make_prefix "$VELL_BUILD/wine-plain/$1" "${VELL_WINE_OF[$1]}" no || return 1
     export VELL_WINEPREFIX_PLAIN=$VELL_BUILD/wine-plain/$1
 }
 
 # vell_start_xvfb VAR DEPTH: starts Xvfb on a free display number and exports VAR=":N". Runs in
 # the calling shell (not in $(...)), so that its clean-up step is remembered.
 vell_start_xvfb() {
-    local var=$1 depth=${2:-16} fifo pid display=
+    local var=$1 depth=${2:-16} fifo pid display= log=$VELL_BUILD/xvfb-${2:-16}.log
+    mkdir -p "$VELL_BUILD"
     fifo=$(mktemp -u) && mkfifo "$fifo"
-    Xvfb -displayfd 3 -screen 0 "1024x768x$depth" -nolisten tcp 3>"$fifo" >/dev/null 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "1024x768x$depth" -nolisten tcp 3>"$fifo" >"$log" 2>&1 &
     pid=$!
     read -r -t 20 display <"$fifo"
     rm -f "$fifo"
     if [ -z "$display" ]; then
         kill "$pid" 2>/dev/null
-        vell_log "Xvfb did not start"
+        vell_log "Xvfb did not start at depth $depth; its last words ($log):"
+        tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
         return 1
     fi
     VELL_CLEANUP+=("kill $pid")
@@ -198,16 +211,18 @@ vell_start_pulse() {
         pactl set-default-source vell_sink.monitor >/dev/null 2>&1
         return 0
     fi
-    pulseaudio -D --exit-idle-time=-1 -n \
+    local log=$VELL_BUILD/pulseaudio.log
+    pulseaudio -D --exit-idle-time=-1 -n --log-target=stderr \
         --load="module-null-sink sink_name=vell_sink" \
-        --load=module-native-protocol-unix >/dev/null 2>&1
+        --load=module-native-protocol-unix >"$log" 2>&1
     local i
     for i in $(seq 50); do
         pactl info >/dev/null 2>&1 && break
         sleep 0.1
     done
     if ! pactl info >/dev/null 2>&1; then
-        vell_log "PulseAudio did not start: sound will be unavailable"
+        vell_log "PulseAudio did not start: sound will be unavailable; its last words ($log):"
+        tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
         return 1
     fi
     VELL_CLEANUP+=("XDG_RUNTIME_DIR='$XDG_RUNTIME_DIR' pulseaudio -k")

@@ -7,8 +7,9 @@
 #     (x86_64) under wine64: the same test programs, on a 16-bit Xvfb screen with a private
 #     PulseAudio null sink, each build in its own Wine prefixes. Where this machine cannot run
 #     32-bit programs the win32 build is only compiled.
-# Prints each build's count, then one line "tests: N passed, M failed" that sums them, and the size
-# of the tests against the rest of the code.
+# Prints each build's count, then one line "tests: N passed, M failed, K skipped" that sums them (a
+# test that could not run here, or whose cases skipped themselves, counts as skipped), and the
+# size of the tests against the rest of the code.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$VELL_ROOT"
@@ -17,6 +18,7 @@ vell_install_packages
 
 passed=0
 failed=0
+skipped=0
 # Runs one ctest preset and adds its counts to the totals.
 run_ctest() {
     local out status=0
@@ -24,17 +26,21 @@ run_ctest() {
     ctest --preset "$1" "${@:2}" 2>&1 | tee "$out" || status=$?
     local line
     line=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$out" | tail -n 1 || true)
-    rm -f "$out"
     if [ -z "$line" ]; then
+        rm -f "$out"
         failed=$((failed + 1))
         vell_log "ctest --preset $1 reported no result"
         return 0
     fi
-    local bad total
+    local bad total skip
     bad=$(sed -E 's/.* ([0-9]+) tests? failed out of ([0-9]+).*/\1/' <<<"$line")
     total=$(sed -E 's/.* failed out of ([0-9]+).*/\1/' <<<"$line")
-    passed=$((passed + total - bad))
+    # ctest counts a skipped test among the passed ones and lists it as "(Skipped)".
+    skip=$(grep -cE '^[[:space:]]*[0-9]+ - .* \(Skipped\)$' "$out" || true)
+    passed=$((passed + total - bad - skip))
     failed=$((failed + bad))
+    skipped=$((skipped + skip))
+    rm -f "$out"
     [ "$status" -eq 0 ] || [ "$bad" -gt 0 ] || failed=$((failed + 1))
 }
 
@@ -53,11 +59,19 @@ fi
 
 builds=(win64)
 [ "$VELL_WIN32" = 1 ] && builds=(win32 win64)
-# The Wine prefixes are made (the first time, about 15 s each) while the code compiles.
-(for b in "${builds[@]}"; do
+# The Wine prefixes are made (the first time, about 15 s each) while the code compiles; what went
+# wrong is shown before the tests would run in them.
+prefix_log=$VELL_BUILD/prefixes.log
+mkdir -p "$VELL_BUILD"
+(status=0 jobs=()
+for b in "${builds[@]}"; do
     vell_make_prefix "$VELL_BUILD/wine/$b" "${VELL_WINE_OF[$b]}" yes &
+    jobs+=($!)
     vell_make_prefix "$VELL_BUILD/wine-plain/$b" "${VELL_WINE_OF[$b]}" no &
-done; wait) >/dev/null 2>&1 &
+    jobs+=($!)
+done
+for job in "${jobs[@]}"; do wait "$job" || status=1; done
+exit $status) >"$prefix_log" 2>&1 &
 prefix_job=$!
 
 for preset in host win32 win64; do
@@ -68,29 +82,37 @@ done
 
 declare -A counts
 count() { # count NAME CTEST-ARGS...: runs ctest and remembers NAME's own count
-    local p=$passed f=$failed
+    local p=$passed f=$failed s=$skipped
     run_ctest "$@"
-    counts[$1]="$((passed - p)) passed, $((failed - f)) failed"
+    counts[$1]="$((passed - p)) passed, $((failed - f)) failed, $((skipped - s)) skipped"
 }
 
 vell_log "host tests"
 count host -j2
 
-wait "$prefix_job" || true
+if ! wait "$prefix_job"; then
+    cat "$prefix_log" >&2
+    vell_log "the Wine prefixes could not be made: the Windows tests cannot run"
+    exit 1
+fi
 vell_start_xvfb DISPLAY 16
 vell_start_xvfb VELL_DISPLAY24 24
 # The sound tests record what they play: with a sound server up they must not skip.
 if vell_start_pulse; then export VELL_EXPECT_SOUND=1; fi
 for b in "${builds[@]}"; do
     vell_log "Windows tests of the $b build under ${VELL_WINE_OF[$b]}"
-    vell_wine_prefix "$b"
-    vell_plain_prefix "$b"
+    vell_wine_prefix "$b" && vell_plain_prefix "$b" || exit 1
     count "$b"
 done
 
+if [ "$VELL_WIN32" != 1 ]; then # its tests are built but cannot run here: each counts as skipped
+    n=$(ctest --preset win32 -N | sed -nE 's/^Total Tests: ([0-9]+)$/\1/p')
+    skipped=$((skipped + ${n:-0}))
+    counts[win32]="0 passed, 0 failed, ${n:-0} skipped (compiled only: this machine cannot run 32-bit programs)"
+    builds=(win32 "${builds[@]}")
+fi
 for name in host "${builds[@]}"; do echo "$name: ${counts[$name]}"; done
-[ "$VELL_WIN32" = 1 ] || echo "win32: compiled only (this machine cannot run 32-bit programs)"
-echo "tests: $passed passed, $failed failed"
+echo "tests: $passed passed, $failed failed, $skipped skipped"
 # Tests are kept to a third of the code or so, never over 40% (code lines as cloc counts them).
 test_lines=$(cloc --quiet --csv tests | awk -F, '$2 == "SUM" { print $5 }')
 code_lines=$(cloc --quiet --csv --exclude-dir=tests,build,.git --exclude-lang=Markdown,JSON,YAML . |

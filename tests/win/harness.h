@@ -252,4 +252,17 @@ protected:
 
 } // namespace vtest
 
+// A program whose cases all passed while some skipped themselves (a device this machine lacks)
+// ends with 77, which ctest counts as skipped rather than passed.
+inline const bool kSkippedExitsWith77 = [] {
+    std::atexit([] {
+        const testing::UnitTest &run = *testing::UnitTest::GetInstance();
+        if (run.Passed() && run.skipped_test_count() > 0) {
+            std::fflush(nullptr);
+            std::_Exit(77);
+        }
+    });
+    return true;
+}();
+
 #endif

@@ -1,7 +1,8 @@
 # Builds the client project in ROUTE's way and runs it under EMULATOR:
-#   package       installs the build in BUILD into a fresh prefix and finds it with find_package;
+#   zip           makes the release ZIP of the build in BUILD, unpacks it, finds the library there
+#                 with find_package, and also runs the demo the ZIP carries;
 #   subdirectory  takes the library's sources in SOURCE with add_subdirectory.
-set(work ${BUILD}/consumer-${ROUTE})
+set(work ${BUILD}/client-${ROUTE})
 file(REMOVE_RECURSE ${work})
 function(step)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE out)
@@ -14,12 +15,24 @@ endfunction()
 
 set(configure ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/client -B ${work}/client -G Ninja
               -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
-if(ROUTE STREQUAL "package")
-    step(${CMAKE_COMMAND} --install ${BUILD} --prefix ${work}/prefix)
-    step(${configure} -DCMAKE_PREFIX_PATH=${work}/prefix)
+if(ROUTE STREQUAL "zip")
+    step(${CPACK} --config ${BUILD}/CPackConfig.cmake -B ${work})
+    file(GLOB zip ${work}/VellBase-*.zip)
+    step(${CMAKE_COMMAND} -E chdir ${work} ${CMAKE_COMMAND} -E tar xf ${zip})
+    get_filename_component(unpacked ${zip} NAME_WLE)
+    set(unpacked ${work}/${unpacked})
+    step(${configure} -DCMAKE_PREFIX_PATH=${unpacked})
 else()
     step(${configure} -DVELLBASE_SOURCE=${SOURCE})
 endif()
 step(${CMAKE_COMMAND} --build ${work}/client)
 step(${EMULATOR} ${work}/client/client.exe)
 message(STATUS "the client (${ROUTE}) ran: ${out}")
+if(ROUTE STREQUAL "zip")
+    step(${CMAKE_COMMAND} -E chdir ${unpacked}/demo ${EMULATOR} ${unpacked}/demo/VellDemo.exe 1)
+    file(READ ${unpacked}/demo/VellDemo.log log)
+    if(NOT log MATCHES "VellDemo: [0-9]+ frames")
+        message(FATAL_ERROR "the ZIP's demo showed no frame:\n${log}")
+    endif()
+    message(STATUS "the ZIP's demo ran")
+endif()

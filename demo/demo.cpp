@@ -159,6 +159,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
             float previousShipX = 0, previousStep = 0;
             MSG message;
             bool running = true;
+            base.DebugOut("VellDemo: the scene opens\n"); // tools/demo.sh waits for this line
             // The scene opens with a whoosh: even a short run is heard.
             DWORD sounds = sound.playSound(whoosh);
             for (DWORD now = start; running && now - start < seconds * 1000; now = GetTickCount()) {

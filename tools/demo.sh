@@ -51,8 +51,14 @@ if [ "$own_sink" = yes ]; then
 fi
 (cd "$out" && exec "$VELL_WINE" "$VELL_BUILD/$build/bin/VellDemo.exe" "$seconds") &
 demo=$!
-# The screenshot is taken half way through the run (Wine takes about two seconds to start).
-sleep "$(awk -v s="$seconds" 'BEGIN { print 2 + s / 2 }')"
+# The screenshot is taken half way through the scene, counted from the demo's log line that opens
+# it (Wine takes a few seconds to start, more on a busy machine).
+for ((i = 0; i < 600; i++)); do
+    grep -qs '^VellDemo: the scene opens' "$out/VellDemo.log" && break
+    kill -0 "$demo" 2>/dev/null || break
+    sleep 0.1
+done
+sleep "$(awk -v s="$seconds" 'BEGIN { print s / 2 }')"
 # On the private screen Wine's desktop shows the 640x480 display at the top left.
 crop=()
 [ "$own_screen" = yes ] && crop=(-crop 640x480+0+0 +repage)

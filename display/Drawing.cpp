@@ -2,7 +2,7 @@
 #include "VellBase.h"
 
 #include "display/blit_clip.h"
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 
 #include <cstring>
 

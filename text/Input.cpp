@@ -1,7 +1,7 @@
 // TDirectDraw::Input: the modal line editor on the primary surface.
 #include "VellBase.h"
 
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -154,18 +154,17 @@ TEST_F(DeviceTest, FilesThatAreNotSoundsAreRefusedAndClosed) {
 TEST_F(DeviceTest, DataChunkLongerThanTheFileGivesUnfilledSamplesOrNothing) {
     // A buffer of the declared size holding the file's samples, never a read past the file; a
     // size beyond what the platform makes is refused.
-    structDirectSoundBuffer *s = load(riff(kFormat + chunk("data", std::string(64, 5), 100000)));
+    const std::string samples(64, 5);
+    structDirectSoundBuffer *s = load(riff(kFormat + chunk("data", samples, 100000)));
     ASSERT_NE(s, nullptr);
-    void *samples = nullptr, *wrapped = nullptr;
-    DWORD bytes = 0, more = 0;
-    ASSERT_EQ(s->lpdsBuffer[0]->Lock(0, 0, &samples, &bytes, &wrapped, &more, DSBLOCK_ENTIREBUFFER),
-              DS_OK);
-    EXPECT_EQ(bytes, 100000u);
-    EXPECT_EQ(std::string(static_cast<char *>(samples), 64), std::string(64, 5));
-    s->lpdsBuffer[0]->Unlock(samples, bytes, wrapped, more);
+    void *p = nullptr, *q = nullptr;
+    DWORD n = 0, m = 0;
+    ASSERT_EQ(s->lpdsBuffer[0]->Lock(0, 0, &p, &n, &q, &m, DSBLOCK_ENTIREBUFFER), DS_OK);
+    EXPECT_EQ(n, 100000u);
+    EXPECT_EQ(std::string(static_cast<char *>(p), 64), samples);
+    s->lpdsBuffer[0]->Unlock(p, n, q, m);
     for (std::uint32_t declared : {0x7FFFFFFFu, 0xFFFFFFF0u})
-        EXPECT_EQ(load(riff(kFormat + chunk("data", std::string(64, 5), declared))), nullptr)
-            << declared;
+        EXPECT_EQ(load(riff(kFormat + chunk("data", samples, declared))), nullptr) << declared;
 }
 
 TEST_F(DeviceTest, VoicesThatCannotPlayAreLogged) {

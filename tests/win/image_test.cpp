@@ -142,14 +142,16 @@ TEST_F(ImageTest, TextImagesFromGdiFonts) {
         const TBitmap image(&*display, &logFont, "Wine 8\nis one line", f);
         EXPECT_EQ(logFont.lfHeight, before * std::max(1, int(f))); // and the caller keeps it
         EXPECT_EQ(logFont.lfWidth, 0);
-        ASSERT_GT(image.dwWidth * image.dwHeight, 0u);
+        ASSERT_GT(image.dwWidth, 0u);
+        ASSERT_GT(image.dwHeight, 0u);
         EXPECT_EQ(image.lpRGB, nullptr);
         const std::vector<BYTE> plane(image.lpAlpha,
                                       image.lpAlpha + image.dwWidth * image.dwHeight);
         if (f == 1) atOne = plane;
         EXPECT_TRUE(f != 0 || plane == atOne);
         const std::set<unsigned> seen(plane.begin(), plane.end());
-        EXPECT_TRUE(seen.count(0) && seen.size() > 1);
+        EXPECT_EQ(seen.count(0), 1u);
+        EXPECT_GT(seen.size(), 1u);
         for (unsigned a : seen)
             EXPECT_TRUE(a == 255 || a % units[f] == 0) << a;
     }

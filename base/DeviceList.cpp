@@ -1,4 +1,4 @@
-#include "base/device_list.h"
+#include "base/DeviceList.h"
 
 #include <cstring>
 #include <new>

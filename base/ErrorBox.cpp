@@ -1,4 +1,4 @@
-#include "base/error_box.h"
+#include "base/ErrorBox.h"
 
 #include "base/error_text.h"
 

@@ -1,7 +1,7 @@
 // The exported GUID text functions: the platform's _GUID seen as its sixteen bytes in memory.
 #include "VellBase.h"
 
-#include "guid_text.h"
+#include "base/guid_text.h"
 
 #include <cstring>
 

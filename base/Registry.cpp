@@ -1,4 +1,4 @@
-#include "base/registry.h"
+#include "base/Registry.h"
 
 #include <cstring>
 

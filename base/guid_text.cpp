@@ -1,4 +1,4 @@
-#include "guid_text.h"
+#include "base/guid_text.h"
 
 #include <cstdio>
 #include <cstring>

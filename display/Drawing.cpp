@@ -2,7 +2,7 @@
 #include "VellBase.h"
 
 #include "display/blit_clip.h"
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 
 #include <cstring>
 
@@ -24,6 +24,12 @@ int TDirectDraw::Blit(IDirectDrawSurface2 *lpDest, int x, int y, IDirectDrawSurf
     }
     *lpSrcRect = {src.left, src.top, src.right, src.bottom};
     RECT destRect = {dest.left, dest.top, dest.right, dest.bottom};
+    // A lost surface fails until the client restores it, also where the platform's blitter would
+    // copy it all the same (Wine's does).
+    if (lpDest->IsLost() == DDERR_SURFACELOST || lpSrc->IsLost() == DDERR_SURFACELOST) {
+        RestoreAll();
+        return 0;
+    }
     for (;;) {
         const HRESULT hr =
             lpDest->Blt(&destRect, lpSrc, lpSrcRect, static_cast<DWORD>(flags), nullptr);

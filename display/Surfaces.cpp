@@ -1,7 +1,7 @@
 // Off-screen surfaces and bitmaps copied onto them through GDI.
 #include "VellBase.h"
 
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 
 #include <cstdint>
 #include <cstring>

@@ -2,12 +2,12 @@
 // registry, and the error texts and boxes.
 #include "VellBase.h"
 
-#include "base/device_list.h"
-#include "base/error_box.h"
-#include "base/registry.h"
+#include "base/DeviceList.h"
+#include "base/ErrorBox.h"
+#include "base/Registry.h"
 #include "display/ddraw_errors.h"
 #include "display/graphics_mode.h"
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "blit_clip.h"
+#include "display/blit_clip.h"
 
 #include <limits>
 

@@ -1,4 +1,4 @@
-#include "ddraw_errors.h"
+#include "display/ddraw_errors.h"
 
 namespace vell {
 

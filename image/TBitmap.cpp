@@ -3,7 +3,7 @@
 // surfaces and writes the log.
 #include "VellBase.h"
 
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 #include "image/compose.h"
 #include "image/tga.h"
 

@@ -3,6 +3,7 @@
 #include "VellBase.h"
 
 #include "image/text_image.h"
+#include "text/FontGlyphs.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -18,11 +19,16 @@ IDirectDrawSurface2 *scratchSurface(TDirectDraw *display, int width, int height)
 }
 
 // Draws text into the surface's device context in the font logFont describes; with DT_CALCRECT
-// in format it only measures, into rect. False when there is no device context.
+// in format it only measures, into rect. A scale other than 0 first enlarges the caller's font
+// (height times scale, width 0), once the device context is there. False when there is none.
 bool drawText(IDirectDrawSurface2 *surface, LOGFONTA &logFont, const char *text, RECT &rect,
-              UINT format) {
+              UINT format, unsigned scale = 0) {
     HDC dc = nullptr;
     if (FAILED(surface->GetDC(&dc))) return false;
+    if (scale != 0) {
+        logFont.lfHeight *= static_cast<LONG>(scale);
+        logFont.lfWidth = 0;
+    }
     if ((format & DT_CALCRECT) == 0) {
         SetTextColor(dc, RGB(255, 255, 255));
         SetBkMode(dc, TRANSPARENT);
@@ -46,9 +52,7 @@ TBitmap::TBitmap(TDirectDraw *display, LOGFONTA *logFont, const char *text, unsi
     RECT rect = {0, 0, 0, 0};
     bool measured = false;
     if (IDirectDrawSurface2 *probe = scratchSurface(display, 1, 1)) {
-        logFont->lfHeight *= static_cast<LONG>(f);
-        logFont->lfWidth = 0;
-        measured = drawText(probe, *logFont, text, rect, DT_CALCRECT | DT_SINGLELINE);
+        measured = drawText(probe, *logFont, text, rect, DT_CALCRECT | DT_SINGLELINE, f);
         if (!measured) lpBase->DebugOut("TBitmap::TBitmap (...) no HDC\n");
         probe->Release();
     } else {
@@ -108,11 +112,6 @@ TBitmap::TBitmap(TDirectDraw *display, TDirectFont *font, const char *text) : TB
     if (size == 0) return;
     dwWidth = static_cast<DWORD>(width);
     dwHeight = static_cast<DWORD>(height);
-    vell::FontCell cells[vell::kMaxFontChars];
-    const unsigned count = std::min<unsigned>(font->wCharCount, vell::kMaxFontChars);
-    for (unsigned k = 0; k < count; ++k)
-        cells[k] = {font->lpSpacings[k][0], font->lpSpacings[k][1]};
-    const vell::GlyphFont glyphs = {font->getFontData(), font->dwWidth, font->dwHeight, cells,
-                                    count};
-    vell::copyGlyphs(glyphs, bytes, dwWidth, dwHeight, lpAlpha);
+    const vell::FontGlyphs glyphs(*font);
+    vell::copyGlyphs(glyphs.font, bytes, dwWidth, dwHeight, lpAlpha);
 }

@@ -9,17 +9,6 @@
 
 namespace vell {
 
-const RowKernels *rowKernelsOf(SimdPath path) {
-#if defined(__x86_64__) || defined(__i386__)
-    if (path == SimdPath::Sse2) return &sse2RowKernels();
-    if (path == SimdPath::Avx2) return &avx2RowKernels();
-    if (path == SimdPath::Avx512) return &avx512RowKernels();
-#else
-    (void)path;
-#endif
-    return nullptr;
-}
-
 namespace {
 
 // opacity: 1..254 scales every alpha to (a * opacity) >> 8; 255 leaves them as they are.

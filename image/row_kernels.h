@@ -1,6 +1,7 @@
-// The row loops of the SIMD paths: one table of functions per instruction set (platform-free).
-// The drivers (compose_simd.cpp, text/print_simd.cpp) clip, pick one entry before their loops and
-// hand it one row of pixels at a time; every entry writes exactly what the scalar loops write.
+// The row loops of the SIMD paths: one table of functions per instruction set (platform-free),
+// shared by the compositing driver (compose_simd.cpp) and printing (text/print_simd.cpp). Both
+// clip, pick one entry before their loops and hand it one row of pixels at a time; every entry
+// writes exactly what the scalar loops write.
 #ifndef VELL_ROW_KERNELS_H
 #define VELL_ROW_KERNELS_H
 

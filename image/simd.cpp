@@ -11,18 +11,14 @@
 
 namespace vell {
 
+#if VELL_X86
 namespace {
 
-#if VELL_X86
 // The processor's features (CPUID leaf 7, EBX: bit 5 AVX2, bit 16 AVX-512F, bit 30 AVX-512BW)
 // count only where the operating system saves the registers across task switches: OSXSAVE set,
 // and XCR0 holding the SSE and AVX state (bits 1, 2), for AVX-512 also the mask and upper
 // registers (bits 5 to 7).
-struct Features {
-    bool avx2, avx512;
-};
-
-Features features() {
+CpuFeatures features() {
     unsigned a, b, c, d;
     if (!__get_cpuid(1, &a, &b, &c, &d)) return {false, false};
     const unsigned osxsave = 1u << 27, avx = 1u << 28;
@@ -34,26 +30,21 @@ Features features() {
     const unsigned avx512 = (1u << 16) | (1u << 30);
     return {avx2, avx2 && (b & avx512) == avx512 && (xcr0 & 0xE6) == 0xE6};
 }
+} // namespace
 #endif
 
-SimdPaths detect() {
+SimdPaths choosePaths(const char *limit, CpuFeatures cpu) {
     SimdPaths paths = {{SimdPath::Scalar}, 1};
-#if VELL_X86
-    const char *limit = std::getenv("VELL_SIMD");
     auto capped = [limit](const char *name) {
         return limit != nullptr && std::strcmp(limit, name) == 0;
     };
     if (capped("0")) return paths;
     paths.path[paths.count++] = SimdPath::Sse2;
-    const Features cpu = features();
     if (capped("sse2") || !cpu.avx2) return paths;
     paths.path[paths.count++] = SimdPath::Avx2;
     if (!capped("avx2") && cpu.avx512) paths.path[paths.count++] = SimdPath::Avx512;
-#endif
     return paths;
 }
-
-} // namespace
 
 const char *simdPathName(SimdPath path) {
     switch (path) {
@@ -69,7 +60,11 @@ const char *simdPathName(SimdPath path) {
 }
 
 const SimdPaths &simdPaths() {
-    static const SimdPaths paths = detect();
+#if VELL_X86
+    static const SimdPaths paths = choosePaths(std::getenv("VELL_SIMD"), features());
+#else
+    static const SimdPaths paths = {{SimdPath::Scalar}, 1};
+#endif
     return paths;
 }
 

@@ -33,6 +33,13 @@ struct SimdPaths {
 };
 const SimdPaths &simdPaths();
 
+// What simdPaths() holds on a processor with these features, VELL_SIMD having the value limit
+// (null when it is not set).
+struct CpuFeatures {
+    bool avx2, avx512;
+};
+SimdPaths choosePaths(const char *limit, CpuFeatures cpu);
+
 inline SimdPath simdPath() {
     return simdPaths().best();
 }

@@ -33,23 +33,13 @@ std::uint64_t textLines(const unsigned char *text) {
 void copyGlyphs(const GlyphFont &font, const unsigned char *text, std::uint32_t width,
                 std::uint32_t height, std::uint8_t *alpha) {
     std::memset(alpha, 0, std::size_t{width} * height);
-    std::uint64_t column = 0, row = 0;
-    for (; *text != 0; ++text) {
-        const unsigned char c = *text;
-        if (c == 10) {
-            column = 0;
-            row += font.height;
-            continue;
-        }
-        if (c < 32) continue;
-        const FontCell cell = fontCell(font.cells, font.count, c);
-        const std::uint64_t w = columnsInPlane(font, cell);
-        const std::uint64_t shown = column < width ? std::min<std::uint64_t>(w, width - column) : 0;
-        for (std::uint32_t r = 0; shown > 0 && r < font.height && row + r < height; ++r)
-            std::memcpy(alpha + (row + r) * width + column,
-                        font.plane + cell.position + std::size_t{r} * font.stride, shown);
-        column += cell.width;
-    }
+    walkText(font, text, 0, 0, width, height,
+             [&](std::size_t glyph, std::int64_t column, std::size_t columns, std::int64_t row) {
+                 const std::int64_t rows = std::min<std::int64_t>(font.height, height - row);
+                 for (std::int64_t r = 0; r < rows; ++r)
+                     std::memcpy(alpha + std::size_t(row + r) * width + std::size_t(column),
+                                 font.plane + glyph + std::size_t(r) * font.stride, columns);
+             });
 }
 
 } // namespace vell

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "text/print_loop.h"
+#include "text/glyph_font.h"
 
 namespace vell {
 

@@ -104,16 +104,18 @@ struct VELLBASE_API structDeviceInfo {
 // glyphs of codes 32, 33, ... side by side, each pixel's palette index being its coverage (0 none,
 // 255 full ink), and below them one spacing row whose non-zero bytes close the characters' cells
 // (the first marker ends the cell of code 32 at its column, the next that of code 33, and so on; at
-// most 224). The rows may be stored bottom-up or top-down.
+// most 224). The whole stored row counts, its padding to a multiple of 4 bytes included. The rows
+// may be stored bottom-up or top-down; a file of the spacing row alone is a font of height 0.
 //
 // A file that cannot be opened shows the box "Falscher Font-Name!", one that is not such a bitmap
-// (or is cut short, or has an image height below 2) "Falsches Font-Format!", both captioned
+// (or is cut short, or has an image height of 0) "Falsches Font-Format!", both captioned
 // "DirectFont"; the font then keeps what it had (nothing, after construction). A character the
 // font lacks, every code below 32 included, has width 0. The font needs no display.
 class VELLBASE_API TDirectFont {
 public:
     char *lpFileName;          // own copy of the file name
-    DWORD dwWidth;             // the image's width: glyph row r starts at r * dwWidth
+    DWORD dwWidth;             // the stored row: the width rounded up to a multiple of 4; glyph
+                               // row r starts at r * dwWidth
     DWORD dwHeight;            // glyph and line height: the image's height - 1
     unsigned char *lpFontData; // dwHeight rows of dwWidth coverage bytes; null until loaded
     DWORD (*lpSpacings)[2];    // 224 cells {position, width} for codes 32..255
@@ -126,8 +128,8 @@ public:
     TDirectFont &operator=(const TDirectFont &) = delete;
 
     bool LoadFont(); // reads lpFileName again; a failed reload keeps the previous contents
-    // Builds the cell table from the next rowSize bytes of a file opened with _lopen, of which
-    // only the first dwWidth columns count (as LoadFont does with the spacing row).
+    // Builds the cell table from the next rowSize bytes of a file opened with _lopen, every one
+    // from column 0 (as LoadFont does with the spacing row).
     void ReadSpacings(int hFile, int rowSize);
     unsigned char *getFontData();
     int getCharPos(unsigned char c);   // column of c's cell, 0 when the font lacks it

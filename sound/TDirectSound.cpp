@@ -2,9 +2,9 @@
 // master volume, and the error texts and box.
 #include "VellBase.h"
 
-#include "base/device_list.h"
-#include "base/error_box.h"
-#include "base/registry.h"
+#include "base/DeviceList.h"
+#include "base/ErrorBox.h"
+#include "base/Registry.h"
 #include "sound/dsound_errors.h"
 #include "sound/volume.h"
 

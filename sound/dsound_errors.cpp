@@ -1,4 +1,4 @@
-#include "dsound_errors.h"
+#include "sound/dsound_errors.h"
 
 namespace vell {
 

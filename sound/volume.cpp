@@ -1,4 +1,4 @@
-#include "volume.h"
+#include "sound/volume.h"
 
 #include <cmath>
 

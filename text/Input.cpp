@@ -1,9 +1,9 @@
 // TDirectDraw::Input: the modal line editor on the primary surface.
 #include "VellBase.h"
 
-#include "display/surface_util.h"
+#include "display/Surfaces.h"
 
-#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -40,12 +40,17 @@ int TDirectDraw::Input(TDirectFont *font, int x, int y, char *text, int maxLengt
     const int W = static_cast<int>(width), H = static_cast<int>(font->dwHeight);
     // The strip under the line must lie on the screen; otherwise nothing is drawn at all.
     if (x < 0 || y < 0 || x >= W || static_cast<long long>(y) + H > height) return len;
+    // Without memory for the copy that Escape restores, it is as if the strip could not be made.
+    auto *backup = static_cast<char *>(std::malloc(static_cast<std::size_t>(len) + 1));
+    if (backup == nullptr) return len;
+    std::memcpy(backup, text, static_cast<std::size_t>(len) + 1);
     IDirectDrawSurface2 *save = createSaveSurface(lpDD, width, font->dwHeight);
-    if (save == nullptr) return len;
+    if (save == nullptr) {
+        std::free(backup);
+        return len;
+    }
 
     const auto *bytes = reinterpret_cast<unsigned char *>(text);
-    char *backup = new char[std::max(len, maxLength) + 1];
-    std::memcpy(backup, text, len + 1);
     const int cw = font->getCharWidth('_');
     int cx = x + font->getStringWidth(bytes);
     RECT strip = CreateRect(x, y, W - x, H);
@@ -110,7 +115,7 @@ int TDirectDraw::Input(TDirectFont *font, int x, int y, char *text, int maxLengt
     text[len] = 0;
     PrintText(font, lpPrimary, x, y, text, colour, 0);
     save->Release();
-    delete[] backup;
+    std::free(backup);
     if (quit) PostQuitMessage(static_cast<int>(quitCode));
     return len;
 }

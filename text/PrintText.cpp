@@ -1,6 +1,7 @@
 // TDirectDraw::PrintText: one lock of the surface, then the platform-free printing loop.
 #include "VellBase.h"
 
+#include "text/FontGlyphs.h"
 #include "text/print_loop.h"
 
 #include <algorithm>
@@ -15,18 +16,14 @@ int TDirectDraw::PrintText(TDirectFont *font, IDirectDrawSurface2 *surface, int 
     desc.dwSize = sizeof desc;
     if (surface->Lock(nullptr, &desc, DDLOCK_WAIT, nullptr) != DD_OK) return 0;
 
-    vell::FontCell cells[vell::kMaxFontChars];
-    const unsigned count = std::min<unsigned>(font->wCharCount, vell::kMaxFontChars);
-    for (unsigned k = 0; k < count; ++k)
-        cells[k] = {font->lpSpacings[k][0], font->lpSpacings[k][1]};
     // Never wider than the pitch holds 16-bit pixels, whatever the surface's depth.
     const vell::PixelTarget target = {
         static_cast<std::uint8_t *>(desc.lpSurface), desc.lPitch,
         static_cast<std::int32_t>(std::min<std::int64_t>(desc.dwWidth, desc.lPitch / 2)),
         static_cast<std::int32_t>(desc.dwHeight)};
-    const vell::GlyphFont glyphs = {font->lpFontData, font->dwWidth, font->dwHeight, cells, count};
-    vell::printGlyphs(target, glyphs, x, y, reinterpret_cast<const unsigned char *>(text), colour,
-                      transparency, dwGraphicsMode);
+    const vell::FontGlyphs glyphs(*font);
+    vell::printGlyphs(target, glyphs.font, x, y, reinterpret_cast<const unsigned char *>(text),
+                      colour, transparency, dwGraphicsMode);
     surface->Unlock(nullptr);
     return static_cast<int>(std::strlen(text)) + 1;
 }

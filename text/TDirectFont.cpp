@@ -8,7 +8,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
+#include <new>
 
 #ifdef _WIN64
 static_assert(sizeof(TDirectFont) == 35, "TDirectFont must stay byte-packed");
@@ -21,34 +21,36 @@ namespace {
 const char kCaption[] = "DirectFont";
 
 // Reads the headers, then as many bytes as they promise, in steps, so that a header promising far
-// more than the file holds costs no more memory than the file has.
-std::vector<std::uint8_t> readFontBytes(HFILE file) {
-    std::vector<std::uint8_t> bytes(vell::kFontHeaderSize);
-    UINT got = _lread(file, bytes.data(), vell::kFontHeaderSize);
-    if (got == static_cast<UINT>(HFILE_ERROR)) got = 0;
-    bytes.resize(got);
-    const std::size_t extent = vell::fontFileExtent(bytes.data(), bytes.size());
-    while (bytes.size() < extent) {
-        const std::size_t done = bytes.size();
-        const std::size_t step = std::min<std::size_t>(extent - done, 1u << 16);
-        bytes.resize(done + step);
-        got = _lread(file, bytes.data() + done, static_cast<UINT>(step));
-        if (got == static_cast<UINT>(HFILE_ERROR)) got = 0;
-        bytes.resize(done + got);
-        if (got < step) break;
+// more than the file holds costs no more memory than the file has. False when memory ran out.
+bool readFontBytes(HFILE file, vell::Bytes &bytes) {
+    std::size_t got = 0, extent = vell::kFontHeaderSize;
+    while (got < extent) {
+        const std::size_t step = std::min<std::size_t>(extent - got, 1u << 16);
+        if (!bytes.resize(got + step)) return false;
+        UINT n = _lread(file, bytes.data() + got, static_cast<UINT>(step));
+        if (n == static_cast<UINT>(HFILE_ERROR)) n = 0;
+        got += n;
+        bytes.resize(got); // shrinking never fails
+        if (n < step) break;
+        if (got == vell::kFontHeaderSize)
+            extent = std::max(extent, vell::fontFileExtent(bytes.data(), got));
     }
-    return bytes;
+    return true;
 }
 
-void storeCells(TDirectFont &font, const vell::FontCell (&cells)[vell::kMaxFontChars],
+// The table of a loaded font; false (the font unchanged) when it cannot be allocated.
+bool storeCells(TDirectFont &font, const vell::FontCell (&cells)[vell::kMaxFontChars],
                 unsigned count) {
-    if (font.lpSpacings == nullptr) font.lpSpacings = new DWORD[vell::kMaxFontChars][2];
+    if (font.lpSpacings == nullptr)
+        font.lpSpacings = new (std::nothrow) DWORD[vell::kMaxFontChars][2];
+    if (font.lpSpacings == nullptr) return false;
     for (unsigned k = 0; k < vell::kMaxFontChars; ++k) {
         font.lpSpacings[k][0] = cells[k].position;
         font.lpSpacings[k][1] = cells[k].width;
     }
     font.wCharCount = static_cast<WORD>(count);
     font.bLastIndex = static_cast<BYTE>(count > 0 ? count - 1 : 0);
+    return true;
 }
 
 // Entry c of the table: {position, width}, or null when the font lacks c.
@@ -95,34 +97,35 @@ bool TDirectFont::LoadFont() {
         MessageBoxA(nullptr, "Falscher Font-Name!", kCaption, MB_OK);
         return false;
     }
-    const std::vector<std::uint8_t> bytes = readFontBytes(file);
+    vell::Bytes bytes;
+    const bool read = readFontBytes(file, bytes);
     _lclose(file);
 
+    // The plane is at most 64 MiB: out of memory counts as a bad file.
     vell::FontImage image;
-    unsigned char *plane = nullptr;
-    if (vell::parseFontFile(bytes.data(), bytes.size(), image))
-        plane = static_cast<unsigned char *>(std::malloc(image.glyphs.size()));
-    if (plane == nullptr) { // the plane is at most 64 MiB: out of memory counts as a bad file
+    if (!read || !vell::parseFontFile(bytes.data(), bytes.size(), image) ||
+        !storeCells(*this, image.cells, image.count)) {
         MessageBoxA(nullptr, "Falsches Font-Format!", kCaption, MB_OK);
         return false;
     }
-    std::memcpy(plane, image.glyphs.data(), image.glyphs.size());
     std::free(lpFontData);
-    lpFontData = plane;
+    lpFontData = image.glyphs.release();
     dwWidth = image.width;
     dwHeight = image.height;
-    storeCells(*this, image.cells, image.count);
     return true;
 }
 
+// Every byte of the row counts, from column 0 (as LoadFont reads the spacing row). Without memory
+// for the row or the table the font has no characters.
 void TDirectFont::ReadSpacings(int hFile, int rowSize) {
-    std::vector<std::uint8_t> row(rowSize > 0 ? static_cast<std::size_t>(rowSize) : 0);
-    const UINT got = _lread(static_cast<HFILE>(hFile), row.data(), static_cast<UINT>(row.size()));
-    row.resize(got == static_cast<UINT>(HFILE_ERROR) ? 0 : std::min<std::size_t>(got, row.size()));
+    vell::Bytes row;
+    std::size_t got = 0;
+    if (rowSize > 0 && row.resize(static_cast<std::size_t>(rowSize))) {
+        const UINT n = _lread(static_cast<HFILE>(hFile), row.data(), static_cast<UINT>(rowSize));
+        got = n == static_cast<UINT>(HFILE_ERROR) ? 0 : std::min<std::size_t>(n, row.size());
+    }
     vell::FontCell cells[vell::kMaxFontChars];
-    const unsigned count =
-        vell::scanSpacingRow(row.data(), std::min<std::size_t>(row.size(), dwWidth), cells);
-    storeCells(*this, cells, count);
+    if (!storeCells(*this, cells, vell::scanSpacingRow(row.data(), got, cells))) wCharCount = 0;
 }
 
 unsigned char *TDirectFont::getFontData() {
@@ -140,8 +143,7 @@ int TDirectFont::getCharWidth(unsigned char c) {
 }
 
 int TDirectFont::getStringWidth(const unsigned char *s) {
-    long long width = 0;
-    for (; s != nullptr && *s != 0 && *s != 10 && *s != 13; ++s)
-        width += getCharWidth(*s);
+    const std::uint64_t width =
+        vell::lineWidth(s, [this](unsigned char c) { return std::uint32_t(getCharWidth(c)); });
     return width > INT_MAX ? INT_MAX : static_cast<int>(width);
 }

@@ -1,7 +1,6 @@
 #include "text/font_file.h"
 
 #include <cstring>
-#include <utility>
 
 namespace vell {
 
@@ -30,7 +29,7 @@ bool readLayout(const std::uint8_t *h, std::size_t size, FontLayout &out) {
     const std::int64_t width = static_cast<std::int32_t>(read32(h + 18));
     const std::int64_t signedHeight = static_cast<std::int32_t>(read32(h + 22));
     const std::int64_t height = signedHeight < 0 ? -signedHeight : signedHeight;
-    if (width < 1 || width > kMaxFontWidth || height < 2 || height > kMaxFontHeight) return false;
+    if (width < 1 || width > kMaxFontWidth || height < 1 || height > kMaxFontHeight) return false;
     std::uint64_t colours = read32(h + 46);
     if (colours == 0) colours = 256;
     if (colours > 256) return false;
@@ -57,22 +56,22 @@ bool parseFontFile(const std::uint8_t *data, std::size_t size, FontImage &out) {
     FontLayout layout;
     if (!readLayout(data, size, layout) || size < layout.extent) return false;
 
-    FontImage font;
-    font.width = layout.width;
-    font.height = layout.height - 1;
-    font.glyphs.resize(static_cast<std::size_t>(font.width) * font.height);
+    Bytes glyphs;
+    const std::uint32_t glyphRows = layout.height - 1;
+    if (!glyphs.resize(layout.rowSize * glyphRows)) return false;
     const std::uint8_t *spacing = nullptr;
     for (std::uint32_t f = 0; f < layout.height; ++f) {
         const std::uint8_t *row = data + layout.rowsOffset + f * layout.rowSize;
         const std::uint32_t imageRow = layout.topDown ? f : layout.height - 1 - f;
-        if (imageRow == font.height)
+        if (imageRow == glyphRows)
             spacing = row;
         else
-            std::memcpy(font.glyphs.data() + static_cast<std::size_t>(imageRow) * font.width, row,
-                        font.width);
+            std::memcpy(glyphs.data() + imageRow * layout.rowSize, row, layout.rowSize);
     }
-    font.count = scanSpacingRow(spacing, font.width, font.cells);
-    out = std::move(font);
+    out.width = static_cast<std::uint32_t>(layout.rowSize);
+    out.height = glyphRows;
+    out.glyphs = std::move(glyphs);
+    out.count = scanSpacingRow(spacing, layout.rowSize, out.cells);
     return true;
 }
 
@@ -89,14 +88,6 @@ unsigned scanSpacingRow(const std::uint8_t *row, std::size_t columns,
         last = column;
     }
     return count;
-}
-
-std::uint64_t textLineWidth(const FontCell *cells, unsigned count, const unsigned char *text) {
-    std::uint64_t width = 0;
-    if (text == nullptr) return 0;
-    for (; *text != 0 && *text != 10 && *text != 13; ++text)
-        width += fontCell(cells, count, *text).width;
-    return width;
 }
 
 } // namespace vell

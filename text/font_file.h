@@ -15,19 +15,20 @@
 // 224 markers count (codes 32 to 255).
 //
 // Choices of this library, made where the file leaves room:
-//   - the glyph plane keeps only the image's own columns: row r starts at r * width, whatever the
-//     file's row padding (every reader steps by the width);
-//   - only the image's columns of the spacing row are scanned, so a marker in the padding after
-//     the last column makes no cell and every cell lies inside the glyph plane;
-//   - a file shorter than its headers, palette and rows say, an image height of 0 or 1 (no glyph
-//     row), a width of 0 or below, a palette of more than 256 entries, and sizes beyond
-//     kMaxFontWidth, kMaxFontHeight or kMaxFontRowBytes are refused like a file of the wrong kind.
+//   - the glyph plane keeps the rows as stored: row r starts at r * the stored row's size (the
+//     width rounded up to a multiple of 4), which is also the font's width, so that the whole
+//     spacing row is scanned from column 0 and every cell it makes lies inside the plane;
+//   - an image of one row (the spacing row alone) is a font of glyph height 0;
+//   - a file shorter than its headers, palette and rows say, an image height of 0, a width of 0
+//     or below, a palette of more than 256 entries, and sizes beyond kMaxFontWidth,
+//     kMaxFontHeight or kMaxFontRowBytes are refused like a file of the wrong kind.
 #ifndef VELL_FONT_FILE_H
 #define VELL_FONT_FILE_H
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <cstdlib>
+#include <utility>
 
 namespace vell {
 
@@ -41,10 +42,49 @@ struct FontCell {
     std::uint32_t position, width;
 };
 
+// A block of bytes from malloc, freed with it unless released; it never throws.
+class Bytes {
+public:
+    Bytes() = default;
+    Bytes(Bytes &&other) noexcept : data_(other.data_), size_(other.size_) { other.release(); }
+    Bytes &operator=(Bytes &&other) noexcept {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        return *this;
+    }
+    ~Bytes() { std::free(data_); }
+    // Makes it size bytes long, keeping what it held up to there; a block of 0 bytes still has an
+    // address. False (nothing changed) when there is no memory for it.
+    bool resize(std::size_t size) {
+        if (data_ != nullptr && size <= size_) {
+            size_ = size;
+            return true;
+        }
+        void *grown = std::realloc(data_, size > 0 ? size : 1);
+        if (grown == nullptr) return false;
+        data_ = static_cast<std::uint8_t *>(grown);
+        size_ = size;
+        return true;
+    }
+    std::uint8_t *data() const { return data_; }
+    std::size_t size() const { return size_; }
+    std::uint8_t &operator[](std::size_t i) const { return data_[i]; }
+    std::uint8_t *release() { // the caller frees it
+        std::uint8_t *data = data_;
+        data_ = nullptr;
+        size_ = 0;
+        return data;
+    }
+
+private:
+    std::uint8_t *data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
 struct FontImage {
-    std::uint32_t width = 0;          // glyph row stride: the file's width
-    std::uint32_t height = 0;         // glyph rows: the image height - 1
-    std::vector<std::uint8_t> glyphs; // height rows of `width` bytes, top row first
+    std::uint32_t width = 0;  // glyph row stride: the stored row's size in bytes
+    std::uint32_t height = 0; // glyph rows: the image height - 1
+    Bytes glyphs;             // height rows of `width` bytes, top row first
     FontCell cells[kMaxFontChars] = {};
     unsigned count = 0; // characters 32 .. 31 + count
 };
@@ -53,8 +93,8 @@ struct FontImage {
 // first kFontHeaderSize bytes; 0 when those are not the headers of an acceptable font file.
 std::size_t fontFileExtent(const std::uint8_t *header, std::size_t size);
 
-// Reads a font file held in memory; false (out unchanged) when it is not an acceptable font file.
-// Bytes after the pixel rows are ignored.
+// Reads a font file held in memory; false (out unchanged) when it is not an acceptable font file
+// or its glyph plane cannot be allocated. Bytes after the pixel rows are ignored.
 bool parseFontFile(const std::uint8_t *data, std::size_t size, FontImage &out);
 
 // Builds the cell table from a spacing row of `columns` bytes; returns the number of characters.
@@ -68,9 +108,19 @@ inline FontCell fontCell(const FontCell *cells, unsigned count, unsigned char c)
     return k < count ? cells[k] : FontCell{0, 0};
 }
 
-// The width of the first line of a zero-terminated text: the sum of its characters' widths up to
-// the first byte 0, 10 or 13. A null text is 0 wide.
-std::uint64_t textLineWidth(const FontCell *cells, unsigned count, const unsigned char *text);
+// The width of the first line of a zero-terminated text: the sum of widthOf(c) over its
+// characters up to the first byte 0, 10 or 13. A null text is 0 wide.
+template <class WidthOf> std::uint64_t lineWidth(const unsigned char *text, WidthOf &&widthOf) {
+    std::uint64_t width = 0;
+    for (; text != nullptr && *text != 0 && *text != 10 && *text != 13; ++text)
+        width += widthOf(*text);
+    return width;
+}
+
+inline std::uint64_t textLineWidth(const FontCell *cells, unsigned count,
+                                   const unsigned char *text) {
+    return lineWidth(text, [&](unsigned char c) { return fontCell(cells, count, c).width; });
+}
 
 } // namespace vell
 

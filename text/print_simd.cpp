@@ -24,8 +24,9 @@ public:
           unsigned opacity)
         : kernel_(kernel), target_(target), font_(font), colour_(colour), opacity_(opacity) {}
 
-    // Adds columns [glyph, glyph + width) of the glyph plane at target column x.
-    void add(std::size_t glyph, std::int64_t x, std::size_t width) {
+    // Adds columns [glyph, glyph + width) of the glyph plane at target column x of the line at y.
+    void add(std::size_t glyph, std::int64_t x, std::size_t width, std::int64_t y) {
+        if (count_ == 0 || y != y_) line(y);
         while (width > 0) {
             if (columns_ != 0 && x != left_ + std::int64_t(columns_)) flush();
             if (columns_ == 0) left_ = x;
@@ -69,6 +70,7 @@ public:
         count_ = columns_ = 0;
     }
 
+private:
     // A new line at y: the rows of it that lie on the target.
     void line(std::int64_t y) {
         flush();
@@ -76,9 +78,7 @@ public:
         top_ = std::max<std::int64_t>(0, -y);
         bottom_ = std::min<std::int64_t>(font_.height, target_.height - y);
     }
-    bool visible() const { return top_ < bottom_; }
 
-private:
     struct Piece {
         std::size_t glyph;
         std::uint32_t width;
@@ -95,30 +95,6 @@ private:
     alignas(64) std::uint8_t coverage_[8192]; // rows of coverage, at least 16 of a full strip
 };
 
-// The walk through the text of the scalar loop (print_loop.cpp), gathering instead of drawing.
-void printStrips(Strip &strip, const PixelTarget &target, const GlyphFont &font, std::int64_t x,
-                 std::int64_t y, const unsigned char *text) {
-    const std::int64_t x0 = x;
-    strip.line(y);
-    for (; *text != 0; ++text) {
-        const unsigned char c = *text;
-        if (c == 10) {
-            x = x0;
-            strip.line(y += font.height);
-            continue;
-        }
-        if (c < 32) continue;
-        const FontCell cell = fontCell(font.cells, font.count, c);
-        const std::int64_t width = columnsInPlane(font, cell);
-        const std::int64_t left = std::max<std::int64_t>(0, -x);
-        const std::int64_t right = std::min<std::int64_t>(width, target.width - x);
-        if (left < right && strip.visible())
-            strip.add(cell.position + std::size_t(left), x + left, std::size_t(right - left));
-        x += cell.width;
-    }
-    strip.flush();
-}
-
 } // namespace
 
 void printGlyphs(SimdPath path, const PixelTarget &target, const GlyphFont &font, int x, int y,
@@ -131,7 +107,11 @@ void printGlyphs(SimdPath path, const PixelTarget &target, const GlyphFont &font
         return;
     const unsigned opacity = 255u - transparency;
     Strip strip(kernels->print[mode != kMode555][opacity != 255], target, font, colour, opacity);
-    printStrips(strip, target, font, x, y, text);
+    walkText(font, text, x, y, target.width, target.height,
+             [&strip](std::size_t glyph, std::int64_t left, std::size_t columns, std::int64_t top) {
+                 strip.add(glyph, left, columns, top);
+             });
+    strip.flush();
 }
 
 void printGlyphs(const PixelTarget &target, const GlyphFont &font, int x, int y,

@@ -69,8 +69,9 @@ TEST(FontMaker, GlyphsAreFreeTypesRenderingOnOneBaseline) {
             const std::vector<std::uint8_t> topDown = runTool("--top-down");
             vell::FontImage again;
             ASSERT_TRUE(vell::parseFontFile(topDown.data(), topDown.size(), again));
-            EXPECT_TRUE(again.glyphs == font.glyphs &&
-                        !std::memcmp(again.cells, font.cells, sizeof font.cells));
+            ASSERT_EQ(again.glyphs.size(), font.glyphs.size());
+            EXPECT_EQ(std::memcmp(again.glyphs.data(), font.glyphs.data(), font.glyphs.size()), 0);
+            EXPECT_EQ(std::memcmp(again.cells, font.cells, sizeof font.cells), 0);
         }
 
         FT_Set_Pixel_Sizes(ft.face, 0, strip.pixelsPerEm);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -18,46 +19,80 @@ bool parse(const std::string &bytes, vell::FontImage &out, std::size_t cut = 0) 
     return vell::parseFontFile(bytesOf(bytes), bytes.size() - cut, out);
 }
 
-TEST(FontFile, RowOrdersPaddingPalettesMarkersAndRefusals) {
+std::string str(const vell::Bytes &b) {
+    return {reinterpret_cast<const char *>(b.data()), b.size()};
+}
+
+// The plane holds the stored rows, padding (0xEE here) included, top row first.
+TEST(FontFile, EitherRowOrderKeepsTheStoredRowsAndScansThemWhole) {
     std::mt19937 rng(7);
-    for (std::uint32_t width = 1; width <= 9; ++width) { // either order: the image's own columns
+    for (std::uint32_t width = 1; width <= 9; ++width) {
         const vtest::FontPicture p = vtest::randomPicture(rng, width, 1 + width % 3, 3);
+        const std::string topDown = fontFileBytes(p, true, 0, 0xEE);
+        const std::size_t rowSize = (width + 3) / 4 * 4, plane = rowSize * (1 + width % 3);
         vell::FontImage up, down;
         ASSERT_TRUE(parse(fontFileBytes(p, false, width * 3 % 17, 0xEE), up));
-        ASSERT_TRUE(parse(fontFileBytes(p, true, 0, 0xEE), down));
-        EXPECT_TRUE(up.glyphs == p.glyphs && down.glyphs == p.glyphs) << width;
-        EXPECT_EQ(0, std::memcmp(up.cells, down.cells, sizeof up.cells));
-        EXPECT_EQ(up.count, p.spacing.size() - std::count(p.spacing.begin(), p.spacing.end(), 0));
+        ASSERT_TRUE(parse(topDown, down));
+        EXPECT_EQ(up.width, rowSize) << width;
+        EXPECT_EQ(str(up.glyphs), topDown.substr(54 + 1024, plane)) << width;
+        EXPECT_EQ(str(down.glyphs), str(up.glyphs)) << width;
+        EXPECT_EQ(0, std::memcmp(up.cells, down.cells, sizeof up.cells)) << width;
+        // Every marker counts, those in the padding too.
+        EXPECT_EQ(up.count, rowSize - std::count(topDown.end() - rowSize, topDown.end(), 0));
     }
-    vtest::FontPicture p{240, std::vector<std::uint8_t>(240), std::vector<std::uint8_t>(240)};
-    for (int column = 0; column < 240; ++column) // 0 closes an empty cell; 224 to 230 don't count
-        p.spacing[column] = column > 11 || column == 0 || column == 5 || column == 9;
-    vell::FontImage font;
-    ASSERT_TRUE(parse(fontFileBytes(p, false), font));
-    const vell::FontCell cells[] = {{0, 0}, {0, 5}, {5, 4}, {9, 3}};
-    EXPECT_EQ(0, std::memcmp(font.cells, cells, sizeof cells));
-    EXPECT_EQ(font.count, vell::kMaxFontChars);
-    EXPECT_EQ(vell::fontCell(font.cells, font.count, 255).position, 231u);
-    EXPECT_EQ(vell::fontCell(font.cells, font.count, 31).width, 0u);
-    const unsigned char lines[] = "!\"\r#";
-    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, lines), 9u);
+}
 
-    // Refused: not BM, 2 planes, 4 or 24 bits, compressed, width 0, -1 or 65537, height 0, 1 or
-    // INT_MIN, a GiB of rows, 257 colours, and a file one byte short.
+std::string cellsOf(const vell::FontImage &font, unsigned first, unsigned last) {
+    std::string all;
+    for (unsigned c = first; c <= last; ++c) {
+        const vell::FontCell cell = vell::fontCell(font.cells, font.count, c);
+        all += std::to_string(cell.position) + "+" + std::to_string(cell.width) + " ";
+    }
+    return all;
+}
+
+TEST(FontFile, MarkersCloseTheCells) {
+    // The spacing row alone: markers at 5, 9 and 12 give three characters, 5, 4 and 3 wide.
+    vtest::FontPicture row{16, {}, std::vector<std::uint8_t>(16)};
+    row.spacing[5] = row.spacing[9] = row.spacing[12] = 1;
+    vell::FontImage font;
+    ASSERT_TRUE(parse(fontFileBytes(row, true), font));
+    EXPECT_EQ(font.height, 0u);
+    EXPECT_EQ(font.count, 3u);
+    EXPECT_EQ(cellsOf(font, 31, 35), "0+0 0+5 5+4 9+3 0+0 ");
+
+    // A marker in column 0 closes an empty cell; markers after the 224th do not count.
+    vtest::FontPicture p{240, std::vector<std::uint8_t>(240), std::vector<std::uint8_t>(240)};
+    for (int column = 0; column < 240; ++column)
+        p.spacing[column] = column > 11 || column == 0 || column == 5 || column == 9;
+    ASSERT_TRUE(parse(fontFileBytes(p, false), font));
+    EXPECT_EQ(font.count, vell::kMaxFontChars);
+    EXPECT_EQ(cellsOf(font, 32, 35), "0+0 0+5 5+4 9+3 ");
+    EXPECT_EQ(cellsOf(font, 255, 255), "231+1 ");
+    const auto *text = reinterpret_cast<const unsigned char *>("!\"\r#\0!\"\n#");
+    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, text), 9u);
+    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, text + 5), 9u);
+    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, nullptr), 0u);
+}
+
+TEST(FontFile, RefusesWhatIsNotAFont) {
+    // Not BM, 2 planes, 4 or 24 bits, compressed, width 0, -1 or 65537, height 0 or INT_MIN.
     const std::uint32_t patches[][3] = {
-        {0, 0x4242, 2}, {26, 2, 2},     {28, 4, 2}, {28, 24, 2}, {30, 1, 4},       {18, 0, 4},
-        {18, ~0u, 4},   {18, 65537, 4}, {22, 0, 4}, {22, 1, 4},  {22, 1u << 31, 4}};
+        {0, 0x4242, 2}, {26, 2, 2},   {28, 4, 2},     {28, 24, 2}, {30, 1, 4},
+        {18, 0, 4},     {18, ~0u, 4}, {18, 65537, 4}, {22, 0, 4},  {22, 1u << 31, 4}};
+    vell::FontImage font;
     font.width = 77;
     for (const auto &patch : patches) {
         auto bytes = fontFileBytes({4, {1, 2, 3, 4}, {0, 7, 0, 7}}, false);
         std::memcpy(&bytes[patch[0]], &patch[1], patch[2]);
         EXPECT_FALSE(parse(bytes, font)) << patch[0] << " " << patch[1];
     }
+    const vtest::FontPicture p{8, std::vector<std::uint8_t>(16), std::vector<std::uint8_t>(8, 1)};
     auto huge = fontFileBytes(p, false);
-    huge[18] = 0, huge[20] = 1, huge[22] = 0, huge[23] = 0x40; // 65536 x 16384
+    huge[18] = 0, huge[20] = 1, huge[22] = 0, huge[23] = 0x40; // 65536 x 16384: a GiB of rows
     EXPECT_EQ(vell::fontFileExtent(bytesOf(huge), huge.size()), 0u);
-    EXPECT_FALSE(parse(fontFileBytes(p, false, 257), font) ||
-                 parse(fontFileBytes(p, true), font, 1));
+    EXPECT_FALSE(parse(fontFileBytes(p, false, 257), font)) << "257 colours";
+    EXPECT_FALSE(parse(fontFileBytes(p, true), font, 1)) << "a byte short";
     EXPECT_EQ(font.width, 77u);
 }
 
@@ -77,7 +112,7 @@ std::uint16_t printed(std::uint16_t d, int px, int py, const vell::FontImage &fo
     return d;
 }
 
-TEST(PrintLoop, EveryPixelFollowsTheRuleAndNothingOutsideTheTargetChanges) {
+TEST(PrintLoop, ScalarLoopFollowsTheRuleAndChangesNothingOutsideTheTarget) {
     std::mt19937 rng(1);
     const unsigned char alphabet[] = {' ', '!', '"', '#', '$', 'A', 0xE4, 10, 13, 3};
     for (int round = 0; round < 3000; ++round) {
@@ -95,9 +130,10 @@ TEST(PrintLoop, EveryPixelFollowsTheRuleAndNothingOutsideTheTargetChanges) {
         for (auto &v : memory)
             v = static_cast<std::uint16_t>(rng());
         before = memory;
-        vell::printGlyphs({reinterpret_cast<std::uint8_t *>(&memory[pitch]), 2 * pitch, w, h},
-                          {font.glyphs.data(), font.width, font.height, font.cells, font.count}, x,
-                          y, text, colour, t, mode);
+        vell::printGlyphsScalar(
+            {reinterpret_cast<std::uint8_t *>(&memory[pitch]), 2 * pitch, w, h},
+            {font.glyphs.data(), font.width, font.height, font.cells, font.count}, x, y, text,
+            colour, t, mode);
         for (int i = 0; i < (h + 2) * pitch; ++i) {
             const int px = i % pitch, py = i / pitch - 1;
             const bool inside = py >= 0 && py < h && px < w;

@@ -20,7 +20,6 @@ TEST_F(BaseTest, WithoutALogNothingIsWrittenUntilInitDebug) {
     TVellBase base(kModule, IDS_SHORTNAME, IDS_REGKEY, true);
     EXPECT_TRUE(base.bNoDebug);
     EXPECT_EQ(base.hLogFile, nullptr);
-    base.DebugOut("nowhere\n");
 }
 
 TEST_F(BaseTest, LogHoldsExactlyTheFormattedCharacters) {

@@ -5,8 +5,10 @@
 
 #include "image/compose.h"
 
+#include <algorithm>
 #include <cstring>
 #include <set>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -17,9 +19,15 @@ using vtest::pixels;
 
 using ImageTest = vtest::ScreenTest;
 
+// An image's size and planes, e.g. "7x5 C A" (C: a colour plane, A: an alpha plane).
+std::string shape(const TBitmap &image) {
+    return std::to_string(image.dwWidth) + "x" + std::to_string(image.dwHeight) +
+           (image.lpRGB ? " C" : "") + (image.lpAlpha ? " A" : "");
+}
+
 // Both files hold the pattern of tools/make_images.py, pattern32.tga bottom-up with alpha,
-// pattern24.tga top-down without. What Paint and Blend write is the reference loops' result on a
-// copy of the surface: only the visible part of the sprite changes, wherever it is placed.
+// pattern24.tga top-down without. What Paint and Blend write is the scalar reference loops' result
+// on a copy of the surface: only the visible part of the sprite changes, wherever it is placed.
 TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
     IDirectDrawSurface2 *s555 = make555(40, 30);
     const std::tuple<unsigned long, long, long> calls[] = {{~0ul, -1, -1},  {~0ul, 0x1234, -1},
@@ -31,8 +39,7 @@ TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
         display->dwGraphicsMode = mode;
         for (const char *file : {"pattern32.tga", "pattern24.tga"}) {
             TBitmap sprite(&*display, dataFile(file).c_str(), 0);
-            ASSERT_EQ(sprite.dwWidth * sprite.dwHeight, 35u);
-            ASSERT_EQ(sprite.lpAlpha != nullptr, file[7] == '3');
+            ASSERT_EQ(shape(sprite), file[7] == '3' ? "7x5 C A" : "7x5 C");
             for (int i = 0, x = 0, y = 0; i < 35; x = ++i % 7, y = i / 7) {
                 EXPECT_EQ(sprite.lpRGB[i], vell::packRGB(mode, 40 * x, 60 * y, 255 - 30 * x)) << i;
                 EXPECT_TRUE(!sprite.lpAlpha || sprite.lpAlpha[i] == alphas[(x + 2 * y) % 7]) << i;
@@ -45,8 +52,11 @@ TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
                     const vell::PixelTarget target = {reinterpret_cast<std::uint8_t *>(want.data()),
                                                       2 * W, W, H};
                     const vell::ImagePlanes planes = {7, 5, sprite.lpAlpha, sprite.lpRGB};
-                    vell::blendImage(target, at.x, at.y, vell::paintSources(planes, colour, alpha),
-                                     opacity, mode);
+                    const vell::Sources src = vell::paintSources(planes, colour, alpha);
+                    if (opacity == ~0ul)
+                        vell::paintImageScalar(target, at.x, at.y, src, mode);
+                    else
+                        vell::blendImageScalar(target, at.x, at.y, src, opacity, mode);
                     EXPECT_TRUE(opacity == ~0ul
                                     ? sprite.Paint(surface, at.x, at.y, colour, alpha)
                                     : sprite.Blend(surface, at.x, at.y, opacity, colour, alpha));
@@ -79,8 +89,7 @@ TEST_F(ImageTest, UnknownModeFailedLocksAndMissingFilesAreLoggedAndDrawNothing) 
         EXPECT_TRUE(sprite.Paint(s, 1, 1, -1, -1));
         EXPECT_TRUE(sprite.Blend(s, 1, 1, 100, -1, -1));
         const TBitmap cut(&*display, s, RECT{0, 0, 16, 16});
-        EXPECT_EQ(cut.dwWidth + cut.dwHeight, 0u);
-        EXPECT_NE(cut.lpRGB, nullptr); // kept for the destructor
+        EXPECT_EQ(shape(cut), "0x0 C"); // the plane is kept for the destructor
         s->Release();
         char text[128];
         display->getErrorString(DDERR_SURFACELOST, text);
@@ -102,49 +111,68 @@ TEST_F(ImageTest, CutsOfADrawnSceneAndCopiesAreClippedRectangles) {
     const std::vector<std::uint16_t> scene = pixels(display->lpBack);
     const RECT off = {630, 98, 700, 104}, inverted = {10, 10, 5, 20}, part = {8, 4, 20, 9};
     const TBitmap cut(&*display, display->lpBack, off), none(&*display, display->lpBack, inverted);
-    ASSERT_EQ(cut.dwWidth * 100 + cut.dwHeight, 1006u);
-    EXPECT_EQ(cut.lpAlpha, nullptr);
+    ASSERT_EQ(shape(cut), "10x6 C");
     for (int i = 0; i < 60; ++i)
         EXPECT_EQ(cut.lpRGB[i], scene[(98 + i / 10) * 640 + 630 + i % 10]) << i;
-    EXPECT_EQ(none.dwWidth + none.dwHeight + (none.lpRGB != nullptr), 0u);
+    EXPECT_EQ(shape(none), "0x0");
 
     // Copies: whole, of columns 8-9 and rows 4-5, and of a rectangle right of a 7-wide sprite.
     const TBitmap whole(cut), corner(cut, part), outside(sprite, part), flipped(sprite, inverted);
     EXPECT_EQ(std::vector<WORD>(whole.lpRGB, whole.lpRGB + 60),
               std::vector<WORD>(cut.lpRGB, cut.lpRGB + 60));
-    ASSERT_EQ(corner.dwWidth * 100 + corner.dwHeight, 202u);
+    ASSERT_EQ(shape(corner), "2x2 C");
     EXPECT_EQ(corner.lpRGB[3], cut.lpRGB[59]);
-    EXPECT_EQ(outside.dwWidth * 100 + outside.dwHeight + (outside.lpAlpha != nullptr), 1u);
-    EXPECT_EQ(flipped.dwWidth + flipped.dwHeight + (flipped.lpRGB != nullptr), 0u);
+    EXPECT_EQ(shape(outside), "0x1");
+    EXPECT_EQ(shape(flipped), "0x0");
 }
 
 // GDI renders without anti-aliasing here, so only whole blocks of exact white count: factor 1
-// gives 0 or 255, factor 2 multiples of 64, factor 3 multiples of 28.
-TEST_F(ImageTest, TextImagesFromGdiFontsAndBitmapFonts) {
+// gives 0 or 255, factor 2 multiples of 64, factor 3 multiples of 28; factor 0 counts as 1.
+TEST_F(ImageTest, TextImagesFromGdiFonts) {
     LOGFONTA logFont = {};
     logFont.lfHeight = -12;
     logFont.lfWidth = 7;
     logFont.lfQuality = NONANTIALIASED_QUALITY;
     std::strcpy(logFont.lfFaceName, "Tahoma");
-    const unsigned units[] = {0, 255, 64, 28}; // by factor
-    for (unsigned char f : {1, 2, 3}) {
+    const unsigned units[] = {255, 255, 64, 28}; // by factor
+    std::vector<BYTE> atOne;
+    for (unsigned char f : {1, 0, 2, 3}) {
+        SCOPED_TRACE("factor " + std::to_string(f));
         const LONG before = logFont.lfHeight;
         const TBitmap image(&*display, &logFont, "Wine 8\nis one line", f);
-        EXPECT_EQ(logFont.lfHeight, before * f); // the caller's structure keeps the change
+        EXPECT_EQ(logFont.lfHeight, before * std::max(1, int(f))); // and the caller keeps it
         EXPECT_EQ(logFont.lfWidth, 0);
-        ASSERT_GT(image.dwWidth * image.dwHeight, 0u) << int(f);
+        ASSERT_GT(image.dwWidth, 0u);
+        ASSERT_GT(image.dwHeight, 0u);
         EXPECT_EQ(image.lpRGB, nullptr);
-        std::set<unsigned> seen(image.lpAlpha, image.lpAlpha + image.dwWidth * image.dwHeight);
-        EXPECT_TRUE(seen.count(0) && seen.size() > 1) << int(f);
+        const std::vector<BYTE> plane(image.lpAlpha,
+                                      image.lpAlpha + image.dwWidth * image.dwHeight);
+        if (f == 1) atOne = plane;
+        EXPECT_TRUE(f != 0 || plane == atOne);
+        const std::set<unsigned> seen(plane.begin(), plane.end());
+        EXPECT_EQ(seen.count(0), 1u);
+        EXPECT_GT(seen.size(), 1u);
         for (unsigned a : seen)
-            EXPECT_TRUE(a == 255 || a % units[f] == 0) << a << " at " << int(f);
+            EXPECT_TRUE(a == 255 || a % units[f] == 0) << a;
     }
 
+    // Without a surface to measure on, the caller's structure stays as it was.
+    display->Exit();
+    const LOGFONTA kept = logFont;
+    const TBitmap none(&*display, &logFont, "text", 2);
+    expectBox("DirectDraw", "CreateSurface() failed!\n\nUnknown HRESULT(0x800401f0)", window);
+    EXPECT_EQ(shape(none), "0x0");
+    EXPECT_EQ(logFont.lfHeight, kept.lfHeight);
+    EXPECT_EQ(logFont.lfWidth, kept.lfWidth);
+    EXPECT_NE(closeAndReadLog().find("TBitmap::TBitmap (...) no Surface\n"), std::string::npos);
+}
+
+TEST_F(ImageTest, TextImagesFromBitmapFonts) {
     TDirectFont font(dataFile("sans16.bmp").c_str());
     ASSERT_NE(font.getFontData(), nullptr);
     const TBitmap lines(&*display, &font, "Wi\nWi"), none(&*display, &font, "");
     const unsigned w = font.getCharWidth('W'), i = font.getCharWidth('i'), h = font.dwHeight;
-    ASSERT_EQ(lines.dwWidth * 1000 + lines.dwHeight, (w + i) * 1000 + 2 * h);
+    ASSERT_EQ(shape(lines), std::to_string(w + i) + "x" + std::to_string(2 * h) + " A");
     for (unsigned r = 0; r < 2 * h; ++r)
         for (unsigned c = 0; c < w + i; ++c) {
             const unsigned at = c < w ? font.getCharPos('W') + c : font.getCharPos('i') + c - w;
@@ -152,7 +180,7 @@ TEST_F(ImageTest, TextImagesFromGdiFontsAndBitmapFonts) {
                       font.lpFontData[r % h * font.dwWidth + at])
                 << c << "," << r;
         }
-    EXPECT_EQ(none.dwWidth + none.dwHeight + (none.lpAlpha != nullptr), 0u);
+    EXPECT_EQ(shape(none), "0x0");
 }
 
 } // namespace

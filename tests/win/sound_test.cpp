@@ -151,10 +151,35 @@ TEST_F(DeviceTest, FilesThatAreNotSoundsAreRefusedAndClosed) {
     EXPECT_NE(closeAndReadLog().find("Falsche Gr\xF6\xDF\x65\n"), std::string::npos);
 }
 
-TEST_F(DeviceTest, DataChunkLongerThanTheFileIsHarmless) {
-    // At most a sound with unfilled samples, never a read past the file.
-    for (std::uint32_t declared : {100000u, 0x0FFFFFFFu, 0x7FFFFFFFu, 0xFFFFFFF0u})
-        load(riff(kFormat + chunk("data", std::string(64, '\x05'), declared)));
+TEST_F(DeviceTest, DataChunkLongerThanTheFileGivesUnfilledSamplesOrNothing) {
+    // A buffer of the declared size holding the file's samples, never a read past the file; a
+    // size beyond what the platform makes is refused.
+    const std::string samples(64, 5);
+    structDirectSoundBuffer *s = load(riff(kFormat + chunk("data", samples, 100000)));
+    ASSERT_NE(s, nullptr);
+    void *p = nullptr, *q = nullptr;
+    DWORD n = 0, m = 0;
+    ASSERT_EQ(s->lpdsBuffer[0]->Lock(0, 0, &p, &n, &q, &m, DSBLOCK_ENTIREBUFFER), DS_OK);
+    EXPECT_EQ(n, 100000u);
+    EXPECT_EQ(std::string(static_cast<char *>(p), 64), samples);
+    s->lpdsBuffer[0]->Unlock(p, n, q, m);
+    for (std::uint32_t declared : {0x7FFFFFFFu, 0xFFFFFFF0u})
+        EXPECT_EQ(load(riff(kFormat + chunk("data", samples, declared))), nullptr) << declared;
+}
+
+TEST_F(DeviceTest, VoicesThatCannotPlayAreLogged) {
+    // The primary buffer plays only looping: a voice that refuses to start. A missing voice is
+    // logged as "!" and the first one tried instead.
+    DSBUFFERDESC desc = {sizeof desc, DSBCAPS_PRIMARYBUFFER, 0, 0, nullptr, {}};
+    IDirectSoundBuffer *primary = nullptr;
+    ASSERT_EQ(sound->lpDS->CreateSoundBuffer(&desc, &primary, nullptr), DS_OK);
+    IDirectSoundBuffer *voices[] = {primary, nullptr};
+    structDirectSoundBuffer record = {voices, 1, 2};
+    EXPECT_EQ(sound->playSound(&record), 0);
+    EXPECT_EQ(record.iNext, 0);
+    primary->Release();
+    EXPECT_NE(closeAndReadLog().find("!TDirectSound::playSound (...) DSERR_INVALIDPARAM\n"),
+              std::string::npos);
 }
 
 TEST_F(DeviceTest, VoicesRotate) {

@@ -2,6 +2,7 @@
 // editor driven by keys posted while it runs; every result is read back from the surfaces.
 #include "harness.h"
 #include "tests/host/font_bytes.h"
+#include "text/FontGlyphs.h"
 #include "text/print_loop.h"
 
 #include <cstring>
@@ -9,27 +10,34 @@
 
 namespace {
 
-// Codes 32 .. 31 + chars, three columns each, then two columns of no character.
+// Codes 32 .. 31 + chars, three columns each, then columns of no character up to a multiple of 4
+// (rows without padding, so that the glyph plane is the picture).
 vtest::FontPicture fontPicture(int chars, std::uint32_t rows) {
     std::mt19937 rng(chars);
-    vtest::FontPicture p = vtest::randomPicture(rng, 3 * chars + 2, rows, 1);
-    for (int i = 0; i < 3 * chars + 2; ++i)
+    const int width = (3 * chars + 5) / 4 * 4;
+    vtest::FontPicture p = vtest::randomPicture(rng, width, rows, 1);
+    for (int i = 0; i < width; ++i)
         p.spacing[i] = i > 0 && i % 3 == 0 && i <= 3 * chars;
     return p;
 }
 
 using vtest::pixels;
 
-// What the printing rule makes of `want`, a surface w pixels wide.
+// What the scalar reference loop makes of `want`, a surface w pixels wide.
 void printOn(std::vector<std::uint16_t> &want, int w, TDirectFont &f, int x, int y,
              const char *text, std::uint16_t colour, std::uint8_t t, DWORD mode) {
-    vell::FontCell cells[vell::kMaxFontChars];
-    for (unsigned k = 0; k < f.wCharCount; ++k)
-        cells[k] = {f.lpSpacings[k][0], f.lpSpacings[k][1]};
-    vell::printGlyphs(
+    vell::printGlyphsScalar(
         {reinterpret_cast<std::uint8_t *>(want.data()), 2 * w, w, int(want.size()) / w},
-        {f.lpFontData, f.dwWidth, f.dwHeight, cells, f.wCharCount}, x, y,
-        reinterpret_cast<const unsigned char *>(text), colour, t, mode);
+        vell::FontGlyphs(f).font, x, y, reinterpret_cast<const unsigned char *>(text), colour, t,
+        mode);
+}
+
+// The widths of codes 32 to 37, e.g. "5 4 3 0 0 0".
+std::string widths(TDirectFont &font) {
+    std::string all;
+    for (unsigned char c = 32; c < 38; ++c)
+        all += std::to_string(font.getCharWidth(c)) + (c < 37 ? " " : "");
+    return all;
 }
 
 class TextTest : public vtest::ScreenTest {
@@ -47,10 +55,14 @@ protected:
 
 TEST_F(TextTest, FontFilesAndTheirBoxes) {
     TDirectFont font("big.bmp");
-    EXPECT_TRUE(font.dwWidth == big.width && font.dwHeight == 9 && font.wCharCount == 197);
+    EXPECT_EQ(font.dwWidth, big.width);
+    EXPECT_EQ(font.dwHeight, 9u);
+    EXPECT_EQ(font.wCharCount, 197);
     EXPECT_EQ(std::memcmp(font.getFontData(), big.glyphs.data(), big.glyphs.size()), 0);
     EXPECT_EQ(font.getCharPos('#'), 9);
-    EXPECT_EQ(font.getCharWidth(0xE4) + font.getCharWidth(0xE5) + font.getCharWidth(10), 3);
+    EXPECT_EQ(font.getCharWidth(0xE4), 3); // code 228, the last
+    EXPECT_EQ(font.getCharWidth(0xE5), 0);
+    EXPECT_EQ(font.getCharWidth(10), 0);
     EXPECT_EQ(font.getStringWidth(reinterpret_cast<const unsigned char *>("AB\rXY")), 6);
     std::string fourBits = fontFileBytes(big, true), cut = fourBits;
     fourBits[28] = 4;
@@ -64,11 +76,37 @@ TEST_F(TextTest, FontFilesAndTheirBoxes) {
         ASSERT_TRUE(vtest::writeFile("big.bmp", bytes)); // a failed reload keeps what it had
         EXPECT_FALSE(font.LoadFont());
         expectBox("DirectFont", "Falsches Font-Format!", nullptr);
-        EXPECT_TRUE(failed.getFontData() == nullptr && failed.getCharWidth('!') == 0);
+        EXPECT_EQ(failed.getFontData(), nullptr);
+        EXPECT_EQ(failed.getCharWidth('!'), 0);
         EXPECT_EQ(display->PrintText(&failed, display->lpBack, 0, 0, "!", 0, 0), 0);
         EXPECT_EQ(std::memcmp(font.getFontData(), big.glyphs.data(), big.glyphs.size()), 0);
         EXPECT_EQ(font.getCharWidth(0xE4), 3);
     }
+}
+
+// The spacing row is read from column 0 to its stored end: markers in the row's padding count.
+TEST_F(TextTest, OneRowFontsAndSpacingRowsReadWhole) {
+    vtest::FontPicture row{14, {}, std::vector<std::uint8_t>(14)}; // the spacing row alone
+    row.spacing[5] = row.spacing[9] = row.spacing[12] = 1;
+    ASSERT_TRUE(vtest::writeFile("row.bmp", fontFileBytes(row, false, 0, 7))); // padding 7, 7
+    TDirectFont font("row.bmp");
+    EXPECT_EQ(font.dwHeight, 0u);
+    EXPECT_EQ(font.dwWidth, 16u);
+    EXPECT_NE(font.getFontData(), nullptr);
+    EXPECT_EQ(widths(font), "5 4 3 2 1 0");
+    EXPECT_EQ(display->PrintText(&font, display->lpBack, 0, 0, "!", 0, 0), 2);
+
+    // ReadSpacings takes the next rowSize bytes of the file, as far as the file goes.
+    const HFILE file = _lopen("row.bmp", OF_READ);
+    ASSERT_NE(file, HFILE_ERROR);
+    _llseek(file, 54 + 1024, FILE_BEGIN); // headers and 256 colours
+    font.ReadSpacings(file, 12);          // columns 0 to 11
+    EXPECT_EQ(widths(font), "5 4 0 0 0 0");
+    font.ReadSpacings(file, 100); // the last 4 bytes: markers in columns 0, 2 and 3
+    EXPECT_EQ(widths(font), "0 2 1 0 0 0");
+    font.ReadSpacings(file, 16); // at the end: no characters
+    EXPECT_EQ(widths(font), "0 0 0 0 0 0");
+    _lclose(file);
 }
 
 TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
@@ -90,7 +128,7 @@ TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
                       int(std::strlen(text)) + 1);
             printOn(want, w, font, x, y, text, colour, t, mode);
         }
-        // The made font prints as the font maker's preview prints it (the same loop).
+        // A font the font maker made prints by the same rule.
         EXPECT_EQ(display->PrintText(&made, s, 2, h - 12, "Wij 0!", 0x7BEF, 0), 7);
         printOn(want, w, made, 2, h - 12, "Wij 0!", 0x7BEF, 0, mode);
         EXPECT_TRUE(pixels(s) == want) << "mode " << mode;

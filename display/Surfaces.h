@@ -1,6 +1,7 @@
-// Small helpers shared by the display's source files (Windows side).
-#ifndef VELL_SURFACE_UTIL_H
-#define VELL_SURFACE_UTIL_H
+// Surface helpers of the display (Windows side), defined in Surfaces.cpp and shared by the
+// display, image and text files.
+#ifndef VELL_SURFACES_H
+#define VELL_SURFACES_H
 
 #include "VellBase.h"
 

@@ -6,8 +6,8 @@
 
 namespace vell {
 
-// The all-zero GUID, then the stored text if there is one that fits 127 bytes (its type is not
-// examined). A null key reads nothing.
+// The all-zero GUID, then the stored text if there is one that fits 128 bytes (its type is not
+// examined; a text of exactly 128 bytes without its zero is read too). A null key reads nothing.
 void loadGuid(HKEY key, const char *name, GUID &guid);
 
 // REG_SZ, the 38 characters counted without their terminating zero. Failures pass silently.

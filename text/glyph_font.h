@@ -1,0 +1,59 @@
+// A loaded bitmap font as its readers see it, and the one walk along a text that printing and the
+// text images share (platform-free).
+//
+// Every byte of a text is one character. A line feed (10) goes back to the start column and one
+// glyph height down; other codes below 32 take no room; any other code occupies its cell (none
+// when the font lacks it) and advances by the cell's width.
+#ifndef VELL_GLYPH_FONT_H
+#define VELL_GLYPH_FONT_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "text/font_file.h"
+
+namespace vell {
+
+struct GlyphFont {
+    const std::uint8_t *plane; // height rows of `stride` bytes
+    std::uint32_t stride, height;
+    const FontCell *cells; // each cell inside the plane: position + width <= stride
+    unsigned count;
+};
+
+// The columns of a cell that lie in the plane's row: a cell reaching past it (only a damaged
+// table has one) is cut at its end, so no reader goes past a glyph row.
+inline std::uint32_t columnsInPlane(const GlyphFont &font, const FontCell &cell) {
+    return cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
+}
+
+// Walks text with its top-left at (x, y) over a plane of width x height pixels, and calls
+// visit(glyph, x, columns, y) for each cell's part that lies inside the plane's columns, on a
+// line of which at least one row lies inside it: glyph columns [glyph, glyph + columns) of every
+// glyph row go to columns [x, x + columns) of the line whose top row is y. Positions are kept in
+// 64 bits, so no text, however long, overflows them.
+template <class Visit>
+void walkText(const GlyphFont &font, const unsigned char *text, std::int64_t x, std::int64_t y,
+              std::int64_t width, std::int64_t height, Visit &&visit) {
+    const std::int64_t x0 = x;
+    for (; *text != 0; ++text) {
+        const unsigned char c = *text;
+        if (c == 10) {
+            x = x0;
+            y += font.height;
+            continue;
+        }
+        if (c < 32) continue;
+        const FontCell cell = fontCell(font.cells, font.count, c);
+        const std::int64_t left = std::max<std::int64_t>(0, -x);
+        const std::int64_t right = std::min<std::int64_t>(columnsInPlane(font, cell), width - x);
+        if (left < right && y < height && y + std::int64_t{font.height} > 0)
+            visit(std::size_t(cell.position + left), x + left, std::size_t(right - left), y);
+        x += cell.width;
+    }
+}
+
+} // namespace vell
+
+#endif

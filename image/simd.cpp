@@ -12,13 +12,11 @@
 namespace vell {
 
 #if VELL_X86
-namespace {
-
 // The processor's features (CPUID leaf 7, EBX: bit 5 AVX2, bit 16 AVX-512F, bit 30 AVX-512BW)
 // count only where the operating system saves the registers across task switches: OSXSAVE set,
 // and XCR0 holding the SSE and AVX state (bits 1, 2), for AVX-512 also the mask and upper
 // registers (bits 5 to 7).
-CpuFeatures features() {
+CpuFeatures cpuFeatures() {
     unsigned a, b, c, d;
     if (!__get_cpuid(1, &a, &b, &c, &d)) return {false, false};
     const unsigned osxsave = 1u << 27, avx = 1u << 28;
@@ -30,7 +28,10 @@ CpuFeatures features() {
     const unsigned avx512 = (1u << 16) | (1u << 30);
     return {avx2, avx2 && (b & avx512) == avx512 && (xcr0 & 0xE6) == 0xE6};
 }
-} // namespace
+#else
+CpuFeatures cpuFeatures() {
+    return {false, false};
+}
 #endif
 
 SimdPaths choosePaths(const char *limit, CpuFeatures cpu) {
@@ -60,11 +61,7 @@ const char *simdPathName(SimdPath path) {
 }
 
 const SimdPaths &simdPaths() {
-#if VELL_X86
-    static const SimdPaths paths = choosePaths(std::getenv("VELL_SIMD"), features());
-#else
-    static const SimdPaths paths = {{SimdPath::Scalar}, 1};
-#endif
+    static const SimdPaths paths = choosePaths(std::getenv("VELL_SIMD"), cpuFeatures());
     return paths;
 }
 

@@ -39,6 +39,7 @@ struct CpuFeatures {
     bool avx2, avx512;
 };
 SimdPaths choosePaths(const char *limit, CpuFeatures cpu);
+CpuFeatures cpuFeatures(); // this processor's, as the operating system lets them be used
 
 inline SimdPath simdPath() {
     return simdPaths().best();

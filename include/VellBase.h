@@ -104,8 +104,9 @@ struct VELLBASE_API structDeviceInfo {
 // glyphs of codes 32, 33, ... side by side, each pixel's palette index being its coverage (0 none,
 // 255 full ink), and below them one spacing row whose non-zero bytes close the characters' cells
 // (the first marker ends the cell of code 32 at its column, the next that of code 33, and so on; at
-// most 224). The whole stored row counts, its padding to a multiple of 4 bytes included. The rows
-// may be stored bottom-up or top-down; a file of the spacing row alone is a font of height 0.
+// most 224). The whole stored row counts, its padding to a multiple of 4 bytes included (a cell's
+// columns past the image's width are blank). The rows may be stored bottom-up or top-down; a file
+// of the spacing row alone is a font of height 0.
 //
 // A file that cannot be opened shows the box "Falscher Font-Name!", one that is not such a bitmap
 // (or is cut short, or has an image height of 0) "Falsches Font-Format!", both captioned
@@ -114,8 +115,7 @@ struct VELLBASE_API structDeviceInfo {
 class VELLBASE_API TDirectFont {
 public:
     char *lpFileName;          // own copy of the file name
-    DWORD dwWidth;             // the stored row: the width rounded up to a multiple of 4; glyph
-                               // row r starts at r * dwWidth
+    DWORD dwWidth;             // the image's width; glyph row r starts at r * dwWidth
     DWORD dwHeight;            // glyph and line height: the image's height - 1
     unsigned char *lpFontData; // dwHeight rows of dwWidth coverage bytes; null until loaded
     DWORD (*lpSpacings)[2];    // 224 cells {position, width} for codes 32..255

@@ -58,7 +58,7 @@ bool parseFontFile(const std::uint8_t *data, std::size_t size, FontImage &out) {
 
     Bytes glyphs;
     const std::uint32_t glyphRows = layout.height - 1;
-    if (!glyphs.resize(layout.rowSize * glyphRows)) return false;
+    if (!glyphs.resize(static_cast<std::size_t>(layout.width) * glyphRows)) return false;
     const std::uint8_t *spacing = nullptr;
     for (std::uint32_t f = 0; f < layout.height; ++f) {
         const std::uint8_t *row = data + layout.rowsOffset + f * layout.rowSize;
@@ -66,9 +66,10 @@ bool parseFontFile(const std::uint8_t *data, std::size_t size, FontImage &out) {
         if (imageRow == glyphRows)
             spacing = row;
         else
-            std::memcpy(glyphs.data() + imageRow * layout.rowSize, row, layout.rowSize);
+            std::memcpy(glyphs.data() + static_cast<std::size_t>(imageRow) * layout.width, row,
+                        layout.width);
     }
-    out.width = static_cast<std::uint32_t>(layout.rowSize);
+    out.width = layout.width;
     out.height = glyphRows;
     out.glyphs = std::move(glyphs);
     out.count = scanSpacingRow(spacing, layout.rowSize, out.cells);

@@ -15,9 +15,11 @@
 // 224 markers count (codes 32 to 255).
 //
 // Choices of this library, made where the file leaves room:
-//   - the glyph plane keeps the rows as stored: row r starts at r * the stored row's size (the
-//     width rounded up to a multiple of 4), which is also the font's width, so that the whole
-//     spacing row is scanned from column 0 and every cell it makes lies inside the plane;
+//   - the glyph plane keeps the image's own columns: row r starts at r * width, whatever padding
+//     the file's rows carry, and every reader steps by the width. The spacing row is scanned
+//     whole from column 0, its padding included, so a marker there makes a character; the
+//     columns of such a cell past the width are blank (readers take only a cell's columns that
+//     lie in the plane);
 //   - an image of one row (the spacing row alone) is a font of glyph height 0;
 //   - a file shorter than its headers, palette and rows say, an image height of 0, a width of 0
 //     or below, a palette of more than 256 entries, and sizes beyond kMaxFontWidth,
@@ -82,7 +84,7 @@ private:
 };
 
 struct FontImage {
-    std::uint32_t width = 0;  // glyph row stride: the stored row's size in bytes
+    std::uint32_t width = 0;  // the image's width: the glyph row stride
     std::uint32_t height = 0; // glyph rows: the image height - 1
     Bytes glyphs;             // height rows of `width` bytes, top row first
     FontCell cells[kMaxFontChars] = {};

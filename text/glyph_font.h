@@ -18,12 +18,13 @@ namespace vell {
 struct GlyphFont {
     const std::uint8_t *plane; // height rows of `stride` bytes
     std::uint32_t stride, height;
-    const FontCell *cells; // each cell inside the plane: position + width <= stride
+    const FontCell *cells; // a cell may reach past the stride (a marker in a row's padding)
     unsigned count;
 };
 
-// The columns of a cell that lie in the plane's row: a cell reaching past it (only a damaged
-// table has one) is cut at its end, so no reader goes past a glyph row.
+// The columns of a cell that lie in the plane's row: a cell reaching past it (made by a marker in
+// the padding of the file's rows, or by a damaged table) is cut at its end, so no reader goes past
+// a glyph row; its other columns are blank.
 inline std::uint32_t columnsInPlane(const GlyphFont &font, const FontCell &cell) {
     return cell.position < font.stride ? std::min(cell.width, font.stride - cell.position) : 0;
 }

@@ -91,7 +91,7 @@ TEST_F(TextTest, OneRowFontsAndSpacingRowsReadWhole) {
     ASSERT_TRUE(vtest::writeFile("row.bmp", fontFileBytes(row, false, 0, 7))); // padding 7, 7
     TDirectFont font("row.bmp");
     EXPECT_EQ(font.dwHeight, 0u);
-    EXPECT_EQ(font.dwWidth, 16u);
+    EXPECT_EQ(font.dwWidth, 14u); // the image's width, though the markers reach 15
     EXPECT_NE(font.getFontData(), nullptr);
     EXPECT_EQ(widths(font), "5 4 3 2 1 0");
     EXPECT_EQ(display->PrintText(&font, display->lpBack, 0, 0, "!", 0, 0), 2);

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Runs every test of the project on this machine, installing what it needs first:
-#   - formatting check of the sources (clang-format), and the README's client against
-#     demo/minimal.cpp;
+#   - formatting check of the sources (clang-format), the README's client against
+#     demo/minimal.cpp, and the generated Microsoft-ABI exports against the header;
 #   - host build: platform-free unit tests with AddressSanitizer/UBSan, fuzz targets (bounded);
 #   - the two Windows builds, win32 (i686, VellBase.dll as shipped) under 32-bit Wine and win64
 #     (x86_64) under wine64: the same test programs, on a 16-bit Xvfb screen with a private
 #     PulseAudio null sink, each build in its own Wine prefixes. Where this machine cannot run
-#     32-bit programs the win32 build is only compiled.
+#     32-bit programs the win32 build is only compiled (its Microsoft-ABI client linked and checked).
 # Prints each build's count, then one line "tests: N passed, M failed" that sums them, and the size
 # of the tests against the rest of the code.
 set -euo pipefail
@@ -51,6 +51,9 @@ if ! diff <(sed -n '/^#include "VellBase.h"/,/^}/p' demo/minimal.cpp) \
     failed=$((failed + 1))
 fi
 
+# The Microsoft names the DLLs export are generated from the header: they must not drift apart.
+python3 tools/msabi_exports.py --check || failed=$((failed + 1))
+
 builds=(win64)
 [ "$VELL_WIN32" = 1 ] && builds=(win32 win64)
 # The Wine prefixes are made (the first time, about 15 s each) while the code compiles.
@@ -88,8 +91,14 @@ for b in "${builds[@]}"; do
     count "$b"
 done
 
+# Where the i686 build cannot run, its Microsoft-ABI client is still linked and its imports checked.
+if [ "$VELL_WIN32" != 1 ]; then
+    vell_log "the i686 Microsoft-ABI client, linked and checked only"
+    VELL_WIN32=0 count win32 -R msabi_client
+fi
+
 for name in host "${builds[@]}"; do echo "$name: ${counts[$name]}"; done
-[ "$VELL_WIN32" = 1 ] || echo "win32: compiled only (this machine cannot run 32-bit programs)"
+[ "$VELL_WIN32" = 1 ] || echo "win32: compiled only, its Microsoft-ABI client linked and its imports checked (${counts[win32]}); this machine cannot run 32-bit programs"
 echo "tests: $passed passed, $failed failed"
 # Tests are kept to a third of the code or so, never over 40% (code lines as cloc counts them).
 test_lines=$(cloc --quiet --csv tests | awk -F, '$2 == "SUM" { print $5 }')

@@ -1,53 +1,34 @@
-# Builds the Microsoft-ABI client (client.cpp) as a Visual Studio project would, /EHsc /MD /O2 /GS,
-# once without and once with UNICODE; checks that between them they import every Microsoft name the
-# DLL exports and nothing it does not; then runs them (i686: once per pixel path). Where 32-bit
-# programs cannot run (VELL_WIN32=0), the i686 client is only linked and checked.
-file(REMOVE_RECURSE ${WORK})
-file(MAKE_DIRECTORY ${WORK})
+# Installs the build in BUILD into a scratch prefix and builds the Visual Studio project client/
+# against it with clang-cl (toolchain.cmake); checks that its two programs, without and with
+# UNICODE, import between them every Microsoft name the DLL exports and nothing else; runs them
+# under EMULATOR (i686: once per pixel path). Where 32-bit programs cannot run (VELL_WIN32=0) the
+# i686 programs are only built and checked.
+set(work ${BUILD}/msabi-check)
+file(REMOVE_RECURSE ${work})
 function(run)
-    execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${WORK} RESULT_VARIABLE status
+    execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${work}/client RESULT_VARIABLE status
                     OUTPUT_VARIABLE out ERROR_VARIABLE out)
     if(NOT status EQUAL 0)
         message(FATAL_ERROR "failed (${status}): ${ARGN}\n${out}")
     endif()
     set(out "${out}" PARENT_SCOPE)
 endfunction()
+file(MAKE_DIRECTORY ${work}/client)
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${work}/prefix)
+run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/client -B ${work}/client -G Ninja
+    -DCMAKE_BUILD_TYPE=Release -DVELL_MSABI_ARCH=${ARCH} -DVELL_TEST_DATA=${DATA}
+    -DCMAKE_TOOLCHAIN_FILE=${CMAKE_CURRENT_LIST_DIR}/toolchain.cmake
+    -DCMAKE_PREFIX_PATH=${work}/prefix)
+run(${CMAKE_COMMAND} --build ${work}/client)
 
-# Wine's headers as the SDK and the C runtime's; Wine 8's winnt.h defines functions that clang
-# knows as built-in intrinsics, renamed out of the way.
-set(wine /usr/include/wine/wine)
-set(flags --target=${ARCH}-pc-windows-msvc /nologo /EHsc /MD /O2 /GS /W3 /WX -imsvc ${wine}/msvcrt
-          -imsvc ${wine}/windows -D_MSVCR_VER=140 -I${INCLUDE})
-foreach(name CompareExchange128 And64 CompareExchangePointer ExchangeAdd64 ExchangePointer
-             Increment64 Decrement64 Or64 Xor64)
-    list(APPEND flags -D_Interlocked${name}=wine_Interlocked${name})
-endforeach()
-if(ARCH STREQUAL "x86_64")
-    set(libs /usr/lib/x86_64-linux-gnu/wine/x86_64-windows)
-    set(link_flags)
-else()
-    set(libs /usr/i686-w64-mingw32/lib)
-    set(link_flags /safeseh:no)
-endif()
-
-run(${CLANG_CL} ${flags} /c /Focrt.obj -- ${SOURCE}/crt.cpp)
-run(${LLVM_RC} -I ${DATA} -fo client.res ${SOURCE}/client.rc)
 set(imported)
-foreach(variant plain unicode)
-    set(defines)
-    if(variant STREQUAL "unicode")
-        set(defines /DUNICODE /D_UNICODE)
-    endif()
-    run(${CLANG_CL} ${flags} ${defines} /c /Fo${variant}.obj -- ${SOURCE}/client.cpp)
-    run(${LLD_LINK} /nologo /out:${variant}.exe /entry:mainCRTStartup /subsystem:console
-        /nodefaultlib ${link_flags} ${variant}.obj crt.obj client.res ${LIB} ${libs}/libucrtbase.a
-        ${libs}/libkernel32.a ${libs}/libuser32.a ${libs}/libgdi32.a ${libs}/libadvapi32.a)
-    run(${READOBJ} --coff-imports ${variant}.exe)
+foreach(exe plain unicode)
+    run(${READOBJ} --coff-imports ${exe}.exe)
     string(REGEX MATCH "Name: VellBase.dll[^}]*" block "${out}")
     string(REGEX MATCHALL "Symbol: [^ \n]+" names "${block}")
     list(APPEND imported ${names})
 endforeach()
-run(${READOBJ} --coff-exports ${DLL})
+run(${READOBJ} --coff-exports ${work}/prefix/bin/VellBase.dll)
 string(REGEX MATCHALL "Name: \\?[^\n]+" exported "${out}")
 list(TRANSFORM exported REPLACE "^Name: " "")
 list(TRANSFORM imported REPLACE "^Symbol: " "")
@@ -58,17 +39,17 @@ list(LENGTH exported count)
 if(NOT imported STREQUAL exported OR count EQUAL 0)
     message(FATAL_ERROR "the clients import:\n${imported}\nthe DLL exports:\n${exported}")
 endif()
-
-file(COPY ${DLL} ${WAV} ${DATA}/quad16.bmp ${DATA}/sans16.bmp ${DATA}/pattern32.tga
-     DESTINATION ${WORK})
 if(ARCH STREQUAL "i686" AND "$ENV{VELL_WIN32}" STREQUAL "0")
-    message(STATUS "i686 Microsoft-ABI clients linked, their ${count} imports found among the "
+    message(STATUS "i686 Microsoft-ABI clients built, their ${count} imports found among the "
                    "DLL's exports; not run (this machine cannot run 32-bit programs)")
     return()
 endif()
-set(runs "plain.exe" "unicode.exe")
+
+file(COPY ${work}/prefix/bin/VellBase.dll ${WAV} ${DATA}/quad16.bmp ${DATA}/sans16.bmp
+     ${DATA}/pattern32.tga DESTINATION ${work}/client)
+set(runs "plain" "unicode")
 if(ARCH STREQUAL "i686") # the pixel paths of every instruction set, the stack misaligned
-    set(runs "plain.exe;0" "plain.exe;sse2" "plain.exe;avx2" "plain.exe;" "unicode.exe;")
+    set(runs "plain;0" "plain;sse2" "plain;avx2" "plain;" "unicode;")
 endif()
 foreach(entry IN LISTS runs)
     list(GET entry 0 exe)
@@ -77,6 +58,6 @@ foreach(entry IN LISTS runs)
         list(GET entry 1 simd)
         set(ENV{VELL_SIMD} "${simd}")
     endif()
-    run(${EMULATOR} ${WORK}/${exe})
-    message(STATUS "${exe} VELL_SIMD=$ENV{VELL_SIMD}: ${out}")
+    run(${EMULATOR} ${work}/client/${exe}.exe)
+    message(STATUS "${exe}.exe VELL_SIMD=$ENV{VELL_SIMD}:\n${out}")
 endforeach()

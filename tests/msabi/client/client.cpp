@@ -1,6 +1,7 @@
 // A Visual Studio (Microsoft-ABI) client of the GCC-built DLL: every function of the unchanged
 // header, called the Microsoft way and checked. Built by tests/msabi/check.cmake with clang-cl and
-// the flags of a Visual Studio project, once with UNICODE; the current directory holds the data.
+// the flags of a Visual Studio project (client/CMakeLists.txt), once with UNICODE; the current
+// directory holds the data.
 #include "VellBase.h"
 
 #include <stdio.h>

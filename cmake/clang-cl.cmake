@@ -1,6 +1,9 @@
-# Visual Studio's compiler and linker for a Linux host: clang-cl and lld-link, with Wine's headers
-# as the Windows SDK and the C runtime's, and import libraries of Wine (x86_64) or MinGW-w64 (i686).
-# VELL_MSABI_ARCH is x86_64 or i686.
+# Microsoft-ABI (Visual Studio) programs built on Linux, as the tests build their client: clang-cl
+# and lld-link, Wine's headers as the Windows SDK and the C runtime's, import libraries of Wine
+# (x86_64) or MinGW-w64 (i686). VELL_MSABI_ARCH is x86_64 or i686, e.g.
+#   cmake -B build -DCMAKE_TOOLCHAIN_FILE=cmake/clang-cl.cmake -DVELL_MSABI_ARCH=x86_64 ...
+# Visual Studio's static runtime is missing: a program brings its own entry point (see
+# tests/msabi/client/crt.cpp) and links with /entry:mainCRTStartup /nodefaultlib.
 set(CMAKE_SYSTEM_NAME Windows)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELL_MSABI_ARCH)
 find_program(CMAKE_C_COMPILER NAMES clang-cl clang-cl-14 REQUIRED)

@@ -15,7 +15,8 @@ Each function of the header gets one rule, or the script fails:
     second (GCC passes them the other way round), returning the result pointer;
   - variadic members: a hand-written adapter msabi_<Class>_<name> (base/TVellBase.cpp), since the
     arguments a Microsoft client passes differ in size (long double is a double there).
-Anything else (virtual or static members, long double parameters) has no rule and stops it.
+Anything else (virtual or static members, long double parameters, free functions returning a
+class, exported data, extern "C" blocks, ...) has no rule and stops it.
 
   python3 tools/msabi_exports.py          rewrite the files
   python3 tools/msabi_exports.py --check  fail when they differ from what the header gives
@@ -82,18 +83,26 @@ def header_decls(arch, abi):
     return decls
 
 
+METHODS = ("CXXMethodDecl", "CXXConstructorDecl", "CXXDestructorDecl", "CXXConversionDecl")
+PLAIN_MEMBERS = ("FieldDecl", "AccessSpecDecl", "FullComment")
+
+
 def functions(decls):
     """(qualified name, declaration, class name or None) of every function the header declares."""
     for decl in decls:
-        if decl.get("kind") == "FunctionDecl":
+        kind = decl.get("kind")
+        if kind == "FunctionDecl":
             yield decl["name"], decl, None
-        elif decl.get("kind") == "CXXRecordDecl":
+        elif kind == "CXXRecordDecl":
             for member in decl.get("inner", []):
-                if member.get("kind", "").startswith("CXX") and member["kind"].endswith(
-                        ("MethodDecl", "ConstructorDecl", "DestructorDecl", "ConversionDecl")):
-                    if member.get("isImplicit") or member.get("explicitlyDeleted"):
-                        continue
+                if member.get("isImplicit") or member.get("explicitlyDeleted"):
+                    continue
+                if member["kind"] in METHODS:
                     yield decl["name"] + "::" + member["name"], member, decl["name"]
+                elif member["kind"] not in PLAIN_MEMBERS and not member["kind"].endswith("Attr"):
+                    fail("%s: no rule for a member %s" % (decl["name"], member["kind"]))
+        elif kind != "FullComment" and not kind.endswith("Attr"):
+            fail("no rule for a %s at the header's top level" % kind)
 
 
 def ms_name(decl):
@@ -116,7 +125,11 @@ def rule(qualified, decl):
         return "variadic"
     if kind == "CXXConstructorDecl":
         return "constructor"
-    if kind == "CXXDestructorDecl" or kind == "FunctionDecl":
+    if kind == "FunctionDecl":
+        if re.search(r"@@Y[A-Z]\?A", ms):  # a class returned by value: not known to agree
+            fail("%s: no rule for a free function returning a class" % qualified)
+        return "alias"
+    if kind == "CXXDestructorDecl":
         return "alias"
     if kind != "CXXMethodDecl":
         fail("%s: no rule for a %s" % (qualified, kind))

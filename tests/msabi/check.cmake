@@ -2,7 +2,8 @@
 # against it with clang-cl (TOOLCHAIN, cmake/clang-cl.cmake); checks that its two programs, without and with
 # UNICODE, import between them every Microsoft name the DLL exports and nothing else; runs them
 # under EMULATOR, the first once per pixel path (VELL_SIMD). Where 32-bit programs cannot run
-# (VELL_WIN32=0) the i686 programs are only built and checked.
+# (VELL_WIN32=0) the i686 programs are only built and checked. MINGW_CLIENT, the same client built
+# by MinGW with UNICODE, runs last.
 set(work ${BUILD}/msabi-check)
 file(REMOVE_RECURSE ${work})
 function(run)
@@ -53,3 +54,4 @@ foreach(simd 0 sse2 avx2 best) # "best": no limit, the fastest path of this proc
 endforeach()
 run(${EMULATOR} ${work}/client/unicode.exe)
 message(STATUS "${out}")
+run(${EMULATOR} ${MINGW_CLIENT}) # the same client built by MinGW, with UNICODE

@@ -89,14 +89,52 @@ void TVellBase::InitDebug() {
     bNoDebug = false;
 }
 
+namespace {
+bool logging(const TVellBase &base) {
+    return !base.bNoDebug && base.hLogFile != nullptr && base.lpszDebug != nullptr;
+}
+
+void writeEntry(TVellBase &base, const char *format, va_list args) {
+    const int wanted = std::vsnprintf(base.lpszDebug, kStringSize, format, args);
+    if (wanted <= 0) return;
+    const DWORD length = static_cast<DWORD>(std::strlen(base.lpszDebug));
+    DWORD written = 0;
+    WriteFile(base.hLogFile, base.lpszDebug, length, &written, nullptr);
+}
+
+// Copies format with the L of every floating-point conversion (%Lf, %-12.3Lg, ...) dropped.
+void plainDoubles(const char *format, char *out) {
+    while (*format != 0) {
+        if ((*out++ = *format++) != '%') continue;
+        while (*format != 0 && std::strchr("-+ #0123456789.*'$", *format) != nullptr)
+            *out++ = *format++;
+        if (format[0] == 'L' && format[1] != 0 && std::strchr("aAeEfFgG", format[1]) != nullptr)
+            ++format;
+        else if (*format == '%')
+            *out++ = *format++;
+    }
+    *out = 0;
+}
+} // namespace
+
 void TVellBase::DebugOut(const char *format, ...) {
-    if (bNoDebug || hLogFile == nullptr || lpszDebug == nullptr || format == nullptr) return;
+    if (!logging(*this) || format == nullptr) return;
     va_list args;
     va_start(args, format);
-    const int wanted = std::vsnprintf(lpszDebug, kStringSize, format, args);
+    writeEntry(*this, format, args);
     va_end(args);
-    if (wanted <= 0) return;
-    const DWORD length = static_cast<DWORD>(std::strlen(lpszDebug));
-    DWORD written = 0;
-    WriteFile(hLogFile, lpszDebug, length, &written, nullptr);
+}
+
+// DebugOut for Microsoft-ABI (Visual Studio) clients, exported under its Microsoft name by
+// base/msabi_<arch>.def: their long double is a double, so a %L conversion reads a double.
+extern "C" void msabi_TVellBase_DebugOut(TVellBase *self, const char *format, ...) {
+    if (self == nullptr || !logging(*self) || format == nullptr) return;
+    char *plain = new (std::nothrow) char[std::strlen(format) + 1];
+    if (plain == nullptr) return;
+    plainDoubles(format, plain);
+    va_list args;
+    va_start(args, format);
+    writeEntry(*self, plain, args);
+    va_end(args);
+    delete[] plain;
 }

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
+// The member itself, not the name windows.h gives it (VellBase.h forwards that name here).
+#undef LoadBitmap
+
 namespace vell {
 
 const GUID kIIDSurface2 = {
@@ -97,6 +100,14 @@ bool TDirectDraw::CreateSurface(IDirectDrawSurface2 *&lpSurface, _DDSURFACEDESC 
     hr = vell::querySurface2(surface, lpSurface);
     if (FAILED(hr)) return ErrorMessage(hr, "CreateSurface() failed at querying interface!");
     return true;
+}
+
+bool TDirectDraw::LoadBitmapA(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch) {
+    return LoadBitmap(lpSurface, bitmap, bStretch);
+}
+
+bool TDirectDraw::LoadBitmapW(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch) {
+    return LoadBitmap(lpSurface, bitmap, bStretch);
 }
 
 bool TDirectDraw::LoadBitmap(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch) {

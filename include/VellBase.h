@@ -30,8 +30,9 @@
 //   TVellBase is 29 bytes.
 //
 // Linking
-//   Link against the import library (libVellBase.dll.a with MinGW); define VELLBASE_STATIC when
-//   the library's sources are compiled into the client itself.
+//   Link against the import library (libVellBase.dll.a with MinGW, VellBase.lib with Visual
+//   Studio: the DLL serves both ABIs, see docs/visual-studio.md); define VELLBASE_STATIC when the
+//   library's sources are compiled into the client itself.
 #ifndef VELLBASE_H
 #define VELLBASE_H
 
@@ -87,7 +88,8 @@ public:
 
     // Formats one printf-style entry and appends exactly its characters to the log: no time
     // stamp, no prefix, no line break of its own. An entry longer than 1023 characters is cut
-    // there. Silent while no log is open.
+    // there. Silent while no log is open. From a Visual Studio (Microsoft-ABI) client, where long
+    // double is a plain double, a %L conversion (%Lf, %Lg, ...) reads a double, as %f does.
     void DebugOut(const char *format, ...) VELLBASE_PRINTF(2, 3);
 };
 
@@ -181,7 +183,14 @@ public:
     // Off-screen, video memory first, then system memory (DDSCAPS_SYSTEMMEMORY then stays set in
     // desc). Failure shows a message box.
     bool CreateSurface(IDirectDrawSurface2 *&lpSurface, _DDSURFACEDESC &desc);
+    // windows.h makes LoadBitmap a macro (LoadBitmapA, or LoadBitmapW with UNICODE): the member
+    // is LoadBitmap itself, and the two names the macro may give it lead there.
+#pragma push_macro("LoadBitmap")
+#undef LoadBitmap
     bool LoadBitmap(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch);
+    bool LoadBitmapA(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch);
+    bool LoadBitmapW(IDirectDrawSurface2 *lpSurface, const char *bitmap, bool bStretch);
+#pragma pop_macro("LoadBitmap")
     // The rectangle (x, y, dx, dy) of the bitmap (dx/dy 0: to its edge), stretched over the whole
     // surface or tiled across it at its own size. Restores a lost surface first.
     bool CopyBitmap(IDirectDrawSurface2 *lpSurface, void *hBitmap, int x, int y, int dx, int dy,
@@ -333,11 +342,11 @@ public:
 
 // The text form of a GUID: "{...}" with the sixteen bytes in memory order, 38 characters.
 // GUID2str writes 39 bytes (the text and its terminating zero) to text.
-VELLBASE_API void GUID2str(_GUID guid, char *text);
+VELLBASE_API void __cdecl GUID2str(_GUID guid, char *text);
 
 // Reads sixteen hexadecimal pairs from text into *guid; '{', '}' and '-' between pairs are
 // skipped, lower case is accepted. Never reads past the terminating zero: bytes the text does not
 // reach are 0, and so is a pair that does not begin with a hexadecimal digit.
-VELLBASE_API void str2GUID(const char *text, _GUID *guid);
+VELLBASE_API void __cdecl str2GUID(const char *text, _GUID *guid);
 
 #endif

@@ -12,7 +12,8 @@
 VELL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VELL_BUILD=${VELL_BUILD:-$VELL_ROOT/build}
 VELL_PACKAGES=(
-    cmake ninja-build git unzip g++ clang clang-format libclang-rt-14-dev googletest libbenchmark-dev cloc
+    cmake ninja-build git unzip g++ clang clang-format libclang-rt-14-dev googletest libbenchmark-dev
+    cloc lld llvm libwine-dev
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools python3 python3-pil
     libfreetype-dev fonts-dejavu-core
     wine64 wine xvfb xauth x11-utils pulseaudio pulseaudio-utils sox imagemagick

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Runs every test of the project on this machine, installing what it needs first:
-#   - formatting check of the sources (clang-format), and the README's client against
-#     demo/minimal.cpp;
+#   - formatting check of the sources (clang-format), the README's client against
+#     demo/minimal.cpp, and the generated Microsoft-ABI exports against the header;
 #   - host build: platform-free unit tests with AddressSanitizer/UBSan, fuzz targets (bounded);
 #   - the two Windows builds, win32 (i686, VellBase.dll as shipped) under 32-bit Wine and win64
 #     (x86_64) under wine64: the same test programs, on a 16-bit Xvfb screen with a private
 #     PulseAudio null sink, each build in its own Wine prefixes. Where this machine cannot run
-#     32-bit programs the win32 build is only compiled.
+#     32-bit programs the win32 build is only compiled (its Microsoft-ABI client linked and checked).
 # Prints each build's count, then one line "tests: N passed, M failed, K skipped" that sums them (a
 # test that could not run here, or whose cases skipped themselves, counts as skipped), and the
 # size of the tests against the rest of the code.
@@ -57,6 +57,9 @@ if ! diff <(sed -n '/^#include "VellBase.h"/,/^}/p' demo/minimal.cpp) \
     failed=$((failed + 1))
 fi
 
+# The Microsoft names the DLLs export are generated from the header: they must not drift apart.
+python3 tools/msabi_exports.py --check || failed=$((failed + 1))
+
 builds=(win64)
 [ "$VELL_WIN32" = 1 ] && builds=(win32 win64)
 # The Wine prefixes are made (the first time, about 15 s each) while the code compiles; what went
@@ -105,10 +108,16 @@ for b in "${builds[@]}"; do
     count "$b"
 done
 
-if [ "$VELL_WIN32" != 1 ]; then # its tests are built but cannot run here: each counts as skipped
+# Where the i686 build cannot run, its Microsoft-ABI client is still linked and its imports checked;
+# its other tests count as skipped.
+if [ "$VELL_WIN32" != 1 ]; then
+    vell_log "the i686 Microsoft-ABI client, linked and checked only"
+    p=$passed f=$failed s=$skipped
+    VELL_WIN32=0 run_ctest win32 -R msabi_client
     n=$(ctest --preset win32 -N | sed -nE 's/^Total Tests: ([0-9]+)$/\1/p')
-    skipped=$((skipped + ${n:-0}))
-    counts[win32]="0 passed, 0 failed, ${n:-0} skipped (compiled only: this machine cannot run 32-bit programs)"
+    n=$((${n:-0} - (passed - p) - (failed - f) - (skipped - s)))
+    skipped=$((skipped + n))
+    counts[win32]="$((passed - p)) passed, $((failed - f)) failed, $((skipped - s)) skipped (this machine cannot run 32-bit programs: only the Microsoft-ABI client was linked and checked)"
     builds=(win32 "${builds[@]}")
 fi
 for name in host "${builds[@]}"; do echo "$name: ${counts[$name]}"; done

@@ -1,9 +1,9 @@
-# Builds the client project in ROUTE's way and runs it under EMULATOR:
-#   zip           makes the release ZIP of the build in BUILD, unpacks it, finds the library there
-#                 with find_package, and also runs the demo the ZIP carries;
-#   subdirectory  takes the library's sources in SOURCE with add_subdirectory.
-set(work ${BUILD}/client-${ROUTE})
-file(REMOVE_RECURSE ${work})
+# The release ZIP and the client project built against it, run under EMULATOR; by ROUTE:
+#   pack          makes the release ZIP of the build in BUILD and unpacks it in BUILD/release-zip;
+#   zip           builds the client with find_package in the unpacked ZIP, runs it, and runs the
+#                 demo the ZIP carries;
+#   subdirectory  builds the client with add_subdirectory on the library's sources in SOURCE.
+set(zips ${BUILD}/release-zip)
 function(step)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE out)
     if(NOT status EQUAL 0)
@@ -13,14 +13,21 @@ function(step)
     set(out "${out}" PARENT_SCOPE)
 endfunction()
 
+if(ROUTE STREQUAL "pack")
+    file(REMOVE_RECURSE ${zips})
+    step(${CPACK} --config ${BUILD}/CPackConfig.cmake -B ${zips})
+    file(GLOB zip ${zips}/VellBase-*.zip)
+    step(${CMAKE_COMMAND} -E chdir ${zips} ${CMAKE_COMMAND} -E tar xf ${zip})
+    message(STATUS "packed and unpacked ${zip}")
+    return()
+endif()
+
+set(work ${BUILD}/client-${ROUTE})
+file(REMOVE_RECURSE ${work})
 set(configure ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/client -B ${work}/client -G Ninja
               -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
 if(ROUTE STREQUAL "zip")
-    step(${CPACK} --config ${BUILD}/CPackConfig.cmake -B ${work})
-    file(GLOB zip ${work}/VellBase-*.zip)
-    step(${CMAKE_COMMAND} -E chdir ${work} ${CMAKE_COMMAND} -E tar xf ${zip})
-    get_filename_component(unpacked ${zip} NAME_WLE)
-    set(unpacked ${work}/${unpacked})
+    file(GLOB unpacked LIST_DIRECTORIES true ${zips}/VellBase-*-win??)
     step(${configure} -DCMAKE_PREFIX_PATH=${unpacked})
 else()
     step(${configure} -DVELLBASE_SOURCE=${SOURCE})

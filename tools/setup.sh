@@ -131,7 +131,9 @@ vell_make_prefix() {
         vell_log "making a Wine prefix in $prefix"
         # Its exit status says little: without an X screen (the prefixes are made before one is
         # started) it complains about windows and fails, yet makes the prefix.
+        # The registry files are written when the prefix's wineserver ends: wait for it.
         WINEARCH=$arch WINEPREFIX=$prefix "$loader" wineboot -u >"$log" 2>&1 || true
+        WINEPREFIX=$prefix wineserver -w
         if [ ! -f "$prefix/system.reg" ]; then
             vell_log "wineboot could not make the Wine prefix $prefix ($loader); its last words:"
             tail -n 5 "$log" | sed 's/^/[vell]   /' >&2

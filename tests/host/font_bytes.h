@@ -15,16 +15,14 @@ struct FontPicture {
 };
 
 // Rows padded with `pad`, `colours` palette entries (0: 256), a pixel offset that points nowhere.
+// The header's numbers are stored in the machine's order: x86 and x86-64 are little-endian.
 inline std::string fontFileBytes(const FontPicture &p, bool topDown, std::uint32_t colours = 0,
                                  std::uint8_t pad = 0) {
     const auto rows = static_cast<std::uint32_t>(p.glyphs.size() / p.width + 1);
     const std::uint32_t header[] = {
         0, 0, 0x7FFF0000, 40,      p.width, topDown ? 0 - rows : rows, 1 | 8 << 16, 0,
         0, 0, 0,          colours, 0};
-    std::string f = "BM";
-    for (std::uint32_t v : header)
-        for (int i = 0; i < 4; ++i)
-            f.push_back(static_cast<char>(v >> 8 * i));
+    std::string f = "BM" + std::string(reinterpret_cast<const char *>(header), sizeof header);
     f.resize(f.size() + 4 * (colours ? colours : 256), 0x55);
     for (std::uint32_t i = 0; i < rows; ++i) {
         const std::uint32_t r = topDown ? i : rows - 1 - i;

@@ -173,6 +173,7 @@ TEST(Tga, CraftedFiles) {
         {withId.substr(0, 20), 0, 30, "0x0 ", cut},
         {whole.substr(0, whole.size() - 1), 0, 1, "0x0 ", cut},
     };
+    const auto add = [](void *to, const char *line) { *static_cast<std::string *>(to) += line; };
     for (const auto &c : cases)
         for (std::uint32_t mode : {kMode555, kMode565}) {
             SCOPED_TRACE("case " + std::to_string(&c - cases) + ", mode " + std::to_string(mode));
@@ -180,11 +181,7 @@ TEST(Tga, CraftedFiles) {
             ImagePlanes image;
             Reader file = {c.file};
             ByteReader in = {Reader::read, &file, c.file.size() + c.extra};
-            EXPECT_EQ(loadTga(in, mode, c.planes, image,
-                              {[](void *out, const char *line) {
-                                   *static_cast<std::string *>(out) += line;
-                               },
-                               &log}),
+            EXPECT_EQ(loadTga(in, mode, c.planes, image, {add, &log}),
                       c.log.empty() || c.log == unknown);
             EXPECT_EQ(log, c.log);
             EXPECT_EQ(std::to_string(image.width) + "x" + std::to_string(image.height) + " " +

@@ -175,17 +175,6 @@ protected:
     TDirectDraw &openDisplay(unsigned long mode = 1) { return display.emplace(&client(), mode); }
     TDirectSound &openSound() { return sound.emplace(&client()); }
 
-    // Opens the sound device; true when this machine has none (no sound server). Where
-    // tools/test.sh started one (VELL_EXPECT_SOUND=1), a device that does not open fails the test.
-    bool noSound() {
-        if (openSound().lpDS != nullptr) return false;
-        if (soundExpected())
-            ADD_FAILURE() << "the sound device did not open"; // its box says why
-        else
-            boxes.clear();
-        return true;
-    }
-
     // Destroys the device objects, then the base object; returns the log.
     std::string closeAndReadLog() {
         display.reset();

@@ -100,7 +100,11 @@ class DeviceTest : public SoundTest {
 protected:
     void SetUp() override {
         SoundTest::SetUp();
-        if (noSound()) GTEST_SKIP() << "no sound device here (is PulseAudio running?)";
+        if (openSound().lpDS != nullptr) return;
+        // Where tools/test.sh started a sound server the device must open; its box says why not.
+        ASSERT_FALSE(vtest::soundExpected()) << "the sound device did not open";
+        boxes.clear();
+        GTEST_SKIP() << "no sound device here (is PulseAudio running?)";
     }
     void TearDown() override {
         for (structDirectSoundBuffer *s : loaded)

@@ -6,9 +6,13 @@
 // GCC for Windows does not align the stack to 64 bytes, yet it spills 512-bit registers with
 // aligned moves; as for AVX2, the Windows builds assemble this file with
 // -Wa,-muse-unaligned-vector-move.
+//
+// The last pixels of a row (fewer than 32) go through one vector whose loads and stores are
+// masked: lanes past the row are neither read nor written.
 #include "image/row_kernels.h"
 
 #if defined(__x86_64__) || defined(__i386__)
+#include <cstring>
 #include <immintrin.h>
 
 namespace vell {
@@ -18,12 +22,33 @@ struct Avx512 {
     using W = __m512i;
     using Bytes = __m256i; // the alpha bytes of a block
     using Mask = __mmask32;
+    using Tail = void;
     static constexpr std::size_t kLanes = 32, kBlockVectors = 1;
 
-    static W load(const std::uint16_t *p) { return _mm512_loadu_si512(p); }
+    // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
+    static W load(const std::uint16_t *p) { return hide(_mm512_loadu_si512(p)); }
     static void store(std::uint16_t *p, W v) { _mm512_storeu_si512(p, v); }
     static Bytes loadBytes(const std::uint8_t *p) {
         return _mm256_loadu_si256(reinterpret_cast<const Bytes *>(p));
+    }
+    static Mask first(std::size_t n) { return Mask((std::uint64_t(1) << n) - 1); }
+    static W loadPart(const std::uint16_t *p, std::size_t n) {
+        return hide(_mm512_maskz_loadu_epi16(first(n), p));
+    }
+    static Bytes loadBytesPart(const std::uint8_t *p, std::size_t n) {
+        // The low half of the vector (not _mm512_castsi512_si256, which GCC 12 warns about).
+        const __m512i v = _mm512_maskz_loadu_epi8((std::uint64_t(1) << n) - 1, p);
+        Bytes b;
+        std::memcpy(&b, &v, sizeof b);
+        return b;
+    }
+    static void storePart(std::uint16_t *p, std::size_t n, W v) {
+        _mm512_mask_storeu_epi16(p, first(n), v);
+    }
+    static W widenPart(Bytes b, std::size_t) { return hide(_mm512_cvtepu8_epi16(b)); }
+    static W hide(W v) {
+        __asm__("" : "+v"(v));
+        return v;
     }
     static bool none(Bytes b) { return _mm256_testz_si256(b, b); }
     static bool mixed(Bytes b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }

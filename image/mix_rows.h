@@ -9,7 +9,10 @@
 //
 // A row is walked in blocks of 32 pixels (16 with SSE2). Painting skips a block whose alpha bytes
 // are all 0 and copies one whose bytes are all 255; every other block is mixed lane by lane
-// without a branch. The last pixels of a row run through the same block in copies.
+// without a branch. The last pixels of a row go through the narrower blocks of V::Tail where they
+// fill one, and the very last through a partial block of the narrowest: its loads and stores
+// (V::loadPart, V::storePart) touch only the pixels of the row, and zeros (alpha 0) fill the
+// lanes beyond them.
 //
 // The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
 // d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the
@@ -31,6 +34,8 @@
 
 #include "display/graphics_mode.h"
 #include "image/row_kernels.h"
+
+#include <type_traits>
 
 namespace vell {
 namespace {
@@ -66,52 +71,77 @@ typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
 enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
 
 // One block of V::kBlockVectors vectors: kPixels pixels at d, their source words at rgb (with
-// ColourPlane) and their alpha bytes at alpha (except for Rule::Constant).
+// ColourPlane) and their alpha bytes at alpha (except for Rule::Constant); or, with Part, the
+// first n < kPixels of them (V's blocks of one vector only).
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
     using W = typename V::W;
     static constexpr std::size_t kVectors = V::kBlockVectors, kPixels = kVectors * V::kLanes;
     SourceFields<V> colour;
     W value;
 
-    void run(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha) const {
+    Block(std::uint16_t colourWord, unsigned alphaValue)
+        : colour(sourceFields<V, Mode>(V::set(colourWord))), value(V::set(int(alphaValue))) {}
+
+    // The loads and stores of a whole block, or of its first n pixels.
+    template <bool Part> static W load(const std::uint16_t *p, std::size_t n) {
+        if constexpr (Part) return V::loadPart(p, n);
+        return V::load(p);
+    }
+    template <bool Part> static void store(std::uint16_t *p, std::size_t n, W v) {
+        if constexpr (Part) return V::storePart(p, n, v);
+        V::store(p, v);
+    }
+    template <bool Part> static typename V::Bytes loadBytes(const std::uint8_t *p, std::size_t n) {
+        if constexpr (Part) return V::loadBytesPart(p, n);
+        return V::loadBytes(p);
+    }
+    template <bool Part>
+    static W widen(const std::uint8_t *p, typename V::Bytes bytes, std::size_t k) {
+        if constexpr (Part) return V::widenPart(bytes, k);
+        return V::widen(p, bytes, k);
+    }
+
+    template <bool Part = false>
+    void run(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
+             std::size_t n = 0) const {
         W a[kVectors];
         if (R == Rule::Constant) {
             for (W &ak : a)
                 ak = value;
         } else if (R == Rule::Scaled || R == Rule::CoverageScaled) {
-            const typename V::Bytes bytes = V::loadBytes(alpha);
+            const typename V::Bytes bytes = loadBytes<Part>(alpha, n);
             W any = V::set(0);
             for (std::size_t k = 0; k < kVectors; ++k)
                 any = V::or_(
-                    any, a[k] = V::template srli<8>(V::mullo(V::widen(alpha, bytes, k), value)));
+                    any, a[k] = V::template srli<8>(V::mullo(widen<Part>(alpha, bytes, k), value)));
             // A mix at 0 keeps d whole, except that printing clears bit 15 in 5:5:5.
             if ((Mode == kMode565 || R == Rule::Scaled) && V::isZero(any)) return;
         } else {
-            const typename V::Bytes bytes = V::loadBytes(alpha);
+            const typename V::Bytes bytes = loadBytes<Part>(alpha, n);
             // One test tells a block of 0 and 255 mixed from one that is all 0 or all 255.
             if (!V::mixed(bytes)) {
                 if (V::none(bytes)) {
                     if (R == Rule::Plane || Mode == kMode565) return;
                     // Printing at coverage 0 keeps the channels and clears bit 15.
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        V::store(d + k * V::kLanes,
-                                 V::and_(V::load(d + k * V::kLanes), V::set(0x7FFF)));
+                        store<Part>(d + k * V::kLanes, n,
+                                    V::and_(load<Part>(d + k * V::kLanes, n), V::set(0x7FFF)));
                     return;
                 }
                 if (R == Rule::Plane) {
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        V::store(d + k * V::kLanes,
-                                 ColourPlane ? V::load(rgb + k * V::kLanes) : colour.word);
+                        store<Part>(d + k * V::kLanes, n,
+                                    ColourPlane ? load<Part>(rgb + k * V::kLanes, n) : colour.word);
                     return;
                 }
             }
             for (std::size_t k = 0; k < kVectors; ++k)
-                a[k] = V::widen(alpha, bytes, k);
+                a[k] = widen<Part>(alpha, bytes, k);
         }
         for (std::size_t k = 0; k < kVectors; ++k) {
-            const W dk = V::load(d + k * V::kLanes);
+            const W dk = load<Part>(d + k * V::kLanes, n);
             const SourceFields<V> s =
-                ColourPlane ? sourceFields<V, Mode>(V::load(rgb + k * V::kLanes)) : colour;
+                ColourPlane ? sourceFields<V, Mode>(load<Part>(rgb + k * V::kLanes, n)) : colour;
             W ak = a[k];
             if (R == Rule::Plane && Mode == kMode565) ak = V::plusOneAt255(ak); // 256: a copy
             W out = mix<V, Mode>(dk, s, ak);
@@ -119,35 +149,50 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
                 out = V::select(V::equal(ak, V::set(255)), s.word, out);
             if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
                 out = V::select(V::equal(ak, V::set(0)), dk, out);
-            V::store(d + k * V::kLanes, out);
+            store<Part>(d + k * V::kLanes, n, out);
         }
     }
 };
+
+// The last n pixels of a row, fewer than one block of the instruction set whose tail V is: a block
+// of V where they fill one, the rest on V's own tail, or, on the narrowest, a partial block.
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
+void mixRowEnd(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha, std::size_t n,
+               std::uint16_t colour, unsigned value) {
+    using B = Block<V, Mode, ColourPlane, R>;
+    const B block(colour, value);
+    if (n >= B::kPixels) {
+        block.run(d, rgb, alpha);
+        n -= B::kPixels;
+        if (n == 0) return;
+        d += B::kPixels;
+        if (ColourPlane) rgb += B::kPixels;
+        if (R != Rule::Constant) alpha += B::kPixels;
+    }
+    if constexpr (std::is_void<typename V::Tail>::value)
+        block.template run<true>(d, rgb, alpha, n);
+    else
+        mixRowEnd<typename V::Tail, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
+}
 
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
 void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha, std::size_t n,
             std::uint16_t colour, unsigned value) {
     using B = Block<V, Mode, ColourPlane, R>;
-    const B block = {sourceFields<V, Mode>(V::set(colour)), V::set(int(value))};
+    const B block(colour, value);
     const std::size_t step = B::kPixels;
     std::size_t i = 0;
     for (; i + step <= n; i += step)
         block.run(d + i, ColourPlane ? rgb + i : nullptr,
                   R == Rule::Constant ? nullptr : alpha + i);
     if (i == n) return;
-    // The last pixels of the row go through the same block in copies; alpha 0 fills the rest,
-    // which is not copied back.
-    std::uint16_t dt[step], st[step];
-    std::uint8_t at[step];
-    const std::size_t rest = n - i;
-    for (std::size_t k = 0; k < step; ++k) {
-        dt[k] = k < rest ? d[i + k] : 0;
-        st[k] = ColourPlane && k < rest ? rgb[i + k] : 0;
-        at[k] = R != Rule::Constant && k < rest ? alpha[i + k] : 0;
-    }
-    block.run(dt, st, at);
-    for (std::size_t k = 0; k < rest; ++k)
-        d[i + k] = dt[k];
+    const std::uint16_t *rgbEnd = ColourPlane ? rgb + i : nullptr;
+    const std::uint8_t *alphaEnd = R == Rule::Constant ? nullptr : alpha + i;
+    if constexpr (std::is_void<typename V::Tail>::value)
+        block.template run<true>(d + i, rgbEnd, alphaEnd, n - i);
+    else
+        mixRowEnd<typename V::Tail, Mode, ColourPlane, R>(d + i, rgbEnd, alphaEnd, n - i, colour,
+                                                          value);
 }
 
 template <std::uint32_t M> struct ModeTag { static constexpr std::uint32_t value = M; };

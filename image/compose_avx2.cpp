@@ -28,6 +28,7 @@ template <std::size_t Vectors> struct Avx2 {
     using Mask = __m256i;
     using Tail = typename std::conditional<Vectors == 2, Avx2<1>, Sse2Lanes<1>>::type;
     static constexpr std::size_t kLanes = 16, kBlockVectors = Vectors;
+    static constexpr bool kPacksRows = false;
 
     // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
     static W load(const std::uint16_t *p) {

@@ -24,6 +24,7 @@ struct Avx512 {
     using Mask = __mmask32;
     using Tail = void;
     static constexpr std::size_t kLanes = 32, kBlockVectors = 1;
+    static constexpr bool kPacksRows = true;
 
     // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
     static W load(const std::uint16_t *p) { return hide(_mm512_loadu_si512(p)); }
@@ -50,6 +51,50 @@ struct Avx512 {
         __asm__("" : "+v"(v));
         return v;
     }
+
+    // P rows of n <= 32 / P pixels in one vector, row j in lanes j * 32 / P on: each loaded and
+    // stored with the mask of its lanes, from its own address moved back by the lanes before it
+    // (only the lanes of the mask are read or written).
+    template <std::size_t P> struct Rows {
+        static constexpr std::size_t kSpan = 32 / P;
+        std::uint16_t *d = nullptr;
+        const std::uint16_t *rgb = nullptr;
+        const std::uint8_t *alpha = nullptr;
+        std::ptrdiff_t pitch, stride;
+        Mask row;
+        std::uint64_t rowBytes;
+        Rows(std::size_t n, std::ptrdiff_t pitchBytes, std::size_t step)
+            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), row(first(n)),
+              rowBytes((std::uint64_t(1) << n) - 1) {}
+
+        template <class T> static T *at(T *p, std::ptrdiff_t bytes) {
+            return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) + bytes);
+        }
+        W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
+            W v = _mm512_maskz_loadu_epi16(row, p);
+            for (std::size_t j = 1; j < P; ++j)
+                v = _mm512_mask_loadu_epi16(v, Mask(row << (j * kSpan)),
+                                            at(p, std::ptrdiff_t(j) * (step - 2 * kSpan)));
+            return hide(v);
+        }
+        W dest(std::size_t) const { return gather(d, pitch); }
+        W source(std::size_t) const { return gather(rgb, 2 * stride); }
+        Bytes loadBytes() const {
+            __m512i v = _mm512_maskz_loadu_epi8(rowBytes, alpha);
+            for (std::size_t j = 1; j < P; ++j)
+                v = _mm512_mask_loadu_epi8(v, rowBytes << (j * kSpan),
+                                           at(alpha, std::ptrdiff_t(j) * (stride - kSpan)));
+            Bytes b;
+            std::memcpy(&b, &v, sizeof b);
+            return b;
+        }
+        W widen(Bytes b, std::size_t k) const { return widenPart(b, k); }
+        void store(std::size_t, W v) const {
+            for (std::size_t j = 0; j < P; ++j)
+                _mm512_mask_storeu_epi16(at(d, std::ptrdiff_t(j) * (pitch - 2 * kSpan)),
+                                         Mask(row << (j * kSpan)), v);
+        }
+    };
     static bool none(Bytes b) { return _mm256_testz_si256(b, b); }
     static bool mixed(Bytes b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }
     // As for AVX2: widened straight from memory, with the address and the result hidden.

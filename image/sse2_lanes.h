@@ -71,6 +71,7 @@ template <std::size_t Vectors> struct Sse2Lanes {
     // The last pixels of a row: one vector, then fewer than eight through loadPart and storePart.
     using Tail = typename std::conditional<Vectors == 2, Sse2Lanes<1>, void>::type;
     static constexpr std::size_t kLanes = 8, kBlockVectors = Vectors;
+    static constexpr bool kPacksRows = false;
 
     // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
     static W load(const std::uint16_t *p) {

@@ -97,7 +97,7 @@ private:
 };
 
 // Every row loop (paint with an alpha plane, scaled alpha or one alpha, each over a colour plane
-// or one colour; printing at full and scaled coverage; both layouts) on one row of every length
+// or one colour; printing at full and scaled coverage; both layouts) on five rows of every length
 // from 1 to two blocks and one, whose pixels, colour words and alpha bytes start at several words
 // from a 64-byte line, or end where the page does; with alpha of noise, all 255 and all 0.
 TEST(SimdPaths, EveryRowLoopAtEveryLengthAndStart) {
@@ -112,7 +112,7 @@ TEST(SimdPaths, EveryRowLoopAtEveryLengthAndStart) {
                           {"print", false, -1, -2},     {"print scaled", false, -1, -3}};
     const Page page, rgbPage, alphaPage;
     std::mt19937 random(19);
-    std::vector<std::uint8_t> memory(Page::kSize), noise(Page::kSize);
+    std::vector<std::uint8_t> memory(Page::kSize), noise(Page::kSize / 4);
     for (auto &b : memory)
         b = std::uint8_t(random());
     for (auto &b : noise)
@@ -125,21 +125,24 @@ TEST(SimdPaths, EveryRowLoopAtEveryLengthAndStart) {
                     for (int start : {0, 1, 7, 31, -1}) {
                         // start -1: the row, its colour words and alpha bytes end with the page.
                         const bool atEnd = start < 0;
+                        const int x = atEnd ? 0 : start;
+                        const std::size_t h = 5, pitch = 2 * (x + n) + 6;
                         std::uint8_t *alpha =
-                            atEnd ? alphaPage.end() - n : alphaPage.data() + start;
-                        std::memcpy(alpha, noise.data(), n);
-                        if (fill >= 0) std::memset(alpha, fill, n);
+                            atEnd ? alphaPage.end() - n * h : alphaPage.data() + start;
+                        std::memcpy(alpha, noise.data(), n * h);
+                        if (fill >= 0) std::memset(alpha, fill, n * h);
                         auto *rgb = reinterpret_cast<std::uint16_t *>(
-                            atEnd ? rgbPage.end() - 2 * n : rgbPage.data() + 2 * start);
-                        const ImagePlanes image = {std::uint32_t(n), 1, alpha,
+                            atEnd ? rgbPage.end() - 2 * n * h : rgbPage.data() + 2 * start);
+                        const ImagePlanes image = {std::uint32_t(n), std::uint32_t(h), alpha,
                                                    loop.colourPlane ? rgb : nullptr};
                         const Sources src =
                             paintSources(image, loop.colourPlane ? -1 : 0x7A5C, loop.alpha);
                         const FontCell cell = {0, std::uint32_t(n)};
-                        const GlyphFont font = {alpha, std::uint32_t(n), 1, &cell, 1};
-                        const int x = atEnd ? 0 : start;
-                        const PixelTarget target = {atEnd ? page.end() - 2 * n : page.data(),
-                                                    int(Page::kSize), int(x + n), 1};
+                        const GlyphFont font = {alpha, std::uint32_t(n), std::uint32_t(h), &cell,
+                                                1};
+                        const PixelTarget target = {atEnd ? page.end() - pitch * (h - 1) - 2 * n
+                                                          : page.data(),
+                                                    int(pitch), int(x + n), int(h)};
                         auto draw = [&](SimdPath path) {
                             std::memcpy(page.data(), memory.data(), Page::kSize);
                             if (loop.opacity == -1)

@@ -53,67 +53,42 @@ struct Avx512 {
         return v;
     }
 
-    // P = 2 or 4 rows of n <= 32 / P pixels in one vector, row j in lanes j * 32 / P on: each row
-    // loaded and stored on its own with a 256-bit (P = 2) or 128-bit (P = 4) mask, and the parts
-    // put together (the masked forms of the extractions: and insertions: GCC 12 warns about the
-    // others).
+    // Two rows of n <= 16 pixels in one vector, the second in lanes 16 on: each row loaded and
+    // stored on its own with a 256-bit mask, and the halves put together (the masked forms of the
+    // insertions and extractions: GCC 12 warns about the others). Four rows of up to 8 pixels in
+    // one vector were slower where rows four apart are 4096 bytes apart (a target 512 pixels
+    // wide): loads of the next four rows waited for the stores of the last four.
     template <std::size_t P> struct Rows {
-        static constexpr std::size_t kSpan = 32 / P;
+        static_assert(P == 2, "two rows per vector");
         std::uint16_t *d = nullptr;
         const std::uint16_t *rgb = nullptr;
         const std::uint8_t *alpha = nullptr;
         std::ptrdiff_t pitch, stride;
-        std::uint32_t row; // the mask of one row's lanes
+        __mmask16 row; // the mask of one row's lanes
         Rows(std::size_t n, std::ptrdiff_t pitchBytes, std::size_t step)
-            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), row((std::uint32_t(1) << n) - 1) {}
+            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), row(__mmask16((1u << n) - 1)) {}
 
-        template <class T> static T *at(T *p, std::size_t j, std::ptrdiff_t step) {
+        template <class T> static T *next(T *p, std::ptrdiff_t step) {
             return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) +
-                                         std::uintptr_t(std::ptrdiff_t(j) * step));
+                                         std::uintptr_t(step));
         }
         W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
-            if constexpr (P == 2) {
-                const __m256i low = _mm256_maskz_loadu_epi16(__mmask16(row), p);
-                const __m256i high = _mm256_maskz_loadu_epi16(__mmask16(row), at(p, 1, step));
-                const W v = _mm512_maskz_inserti64x4(0xFF, _mm512_setzero_si512(), low, 0);
-                return hide(_mm512_maskz_inserti64x4(0xFF, v, high, 1));
-            } else {
-                W v = _mm512_zextsi128_si512(_mm_maskz_loadu_epi16(__mmask8(row), p));
-                v = _mm512_inserti32x4(v, _mm_maskz_loadu_epi16(__mmask8(row), at(p, 1, step)), 1);
-                v = _mm512_inserti32x4(v, _mm_maskz_loadu_epi16(__mmask8(row), at(p, 2, step)), 2);
-                v = _mm512_inserti32x4(v, _mm_maskz_loadu_epi16(__mmask8(row), at(p, 3, step)), 3);
-                return hide(v);
-            }
+            const W low = _mm512_maskz_inserti64x4(0xFF, _mm512_setzero_si512(),
+                                                   _mm256_maskz_loadu_epi16(row, p), 0);
+            return hide(_mm512_maskz_inserti64x4(0xFF, low,
+                                                 _mm256_maskz_loadu_epi16(row, next(p, step)), 1));
         }
         W dest(std::size_t) const { return gather(d, pitch); }
         W source(std::size_t) const { return gather(rgb, 2 * stride); }
         Bytes loadBytes() const {
-            auto part = [this](std::size_t j) {
-                return _mm_maskz_loadu_epi8(__mmask16(row), at(alpha, j, stride));
-            };
-            if constexpr (P == 2)
-                return _mm256_inserti128_si256(_mm256_zextsi128_si256(part(0)), part(1), 1);
-            else
-                return _mm256_inserti128_si256(
-                    _mm256_zextsi128_si256(_mm_unpacklo_epi64(part(0), part(1))),
-                    _mm_unpacklo_epi64(part(2), part(3)), 1);
+            return _mm256_inserti128_si256(_mm256_zextsi128_si256(_mm_maskz_loadu_epi8(row, alpha)),
+                                           _mm_maskz_loadu_epi8(row, next(alpha, stride)), 1);
         }
         W widen(Bytes b, std::size_t k) const { return widenPart(b, k); }
         void store(std::size_t, W v) const {
-            if constexpr (P == 2) {
-                _mm256_mask_storeu_epi16(d, __mmask16(row),
-                                         _mm512_maskz_extracti64x4_epi64(0xFF, v, 0));
-                _mm256_mask_storeu_epi16(at(d, 1, pitch), __mmask16(row),
-                                         _mm512_maskz_extracti64x4_epi64(0xFF, v, 1));
-            } else {
-                _mm_mask_storeu_epi16(d, __mmask8(row), _mm512_maskz_extracti32x4_epi32(0xF, v, 0));
-                _mm_mask_storeu_epi16(at(d, 1, pitch), __mmask8(row),
-                                      _mm512_maskz_extracti32x4_epi32(0xF, v, 1));
-                _mm_mask_storeu_epi16(at(d, 2, pitch), __mmask8(row),
-                                      _mm512_maskz_extracti32x4_epi32(0xF, v, 2));
-                _mm_mask_storeu_epi16(at(d, 3, pitch), __mmask8(row),
-                                      _mm512_maskz_extracti32x4_epi32(0xF, v, 3));
-            }
+            _mm256_mask_storeu_epi16(d, row, _mm512_maskz_extracti64x4_epi64(0xFF, v, 0));
+            _mm256_mask_storeu_epi16(next(d, pitch), row,
+                                     _mm512_maskz_extracti64x4_epi64(0xFF, v, 1));
         }
     };
     static bool none(Bytes b) { return _mm256_testz_si256(b, b); }

@@ -239,10 +239,7 @@ void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
              const std::uint8_t *alpha, std::size_t stride, std::size_t n, std::size_t rows,
              std::uint16_t colour, unsigned value) {
     if constexpr (V::kPacksRows) {
-        if (n <= V::kLanes / 4)
-            rows = mixPackedRows<V, 4, Mode, ColourPlane, R>(d, pitch, rgb, alpha, stride, n, rows,
-                                                             colour, value);
-        else if (n <= V::kLanes / 2)
+        if (n <= V::kLanes / 2)
             rows = mixPackedRows<V, 2, Mode, ColourPlane, R>(d, pitch, rgb, alpha, stride, n, rows,
                                                              colour, value);
     }

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Measures the compositing speed of the library (docs/performance.md):
 #   1. builds the native benchmark (bench/, Google Benchmark) in build/bench with GCC and the
-#      flags the DLL is built with (RelWithDebInfo: -O2, and the per-file -mavx2 / -mavx512bw of
-#      the AVX2 and AVX-512 loops), without sanitizers, and runs it on one core: this library's
-#      loops on each path, pixman, SDL2 and memcpy, every benchmark repeated
-#      VELL_BENCH_REPETITIONS times (default 9) in random order, then the width sweep (widths 1 to
-#      256, VELL_SWEEP_REPETITIONS times, default 5, with a shorter minimum time); writes
-#      build/bench/compositing.json and sweep.json and prints a table of Mpixel/s (medians), the
-#      sweep's summary and each speed target with its worst case;
+#      flags the DLL is built with (RelWithDebInfo: -O2, and the per-file -mavx2 and
+#      -mavx512bw -mavx512vl of the AVX2 and AVX-512 loops), without sanitizers, and runs it on
+#      one core: this library's loops on each path, pixman, SDL2 and memcpy, every benchmark
+#      repeated VELL_BENCH_REPETITIONS times (default 9) in random order, then the width sweep
+#      (widths 1 to 256, VELL_SWEEP_REPETITIONS times, default 5, with a shorter minimum time);
+#      writes build/bench/compositing.json and sweep.json and prints a table of Mpixel/s
+#      (medians), the sweep's summary and each speed target with its worst case;
 #   2. builds bench/win/paint_call.cpp for each Windows build in build/bench-<build> and runs it
 #      under Wine on a 16-bit screen: what a whole Paint call on the back buffer costs beyond its
 #      loop (VELL_BENCH_WINE=0 skips this part).

@@ -4,29 +4,48 @@
 // GCC for Windows does not align the stack to 32 bytes, yet it spills 256-bit registers with
 // aligned moves (a long-standing GCC fault); the Windows builds therefore assemble this file with
 // -Wa,-muse-unaligned-vector-move, which turns every such move into its unaligned twin.
+//
+// Blocks are of two vectors (32 pixels); the last pixels of a row go through one vector, then the
+// SSE2 loop's vector of eight (compiled here for AVX2) and its partial one.
 #include "image/row_kernels.h"
 
 #if defined(__x86_64__) || defined(__i386__)
+#include "image/sse2_lanes.h"
+
+#include <cstring>
 #include <immintrin.h>
 
 namespace vell {
 namespace {
 
-struct Avx2 {
-    using W = __m256i;
-    using Bytes = __m256i; // the alpha bytes of a block
-    using Mask = __m256i;
-    static constexpr std::size_t kLanes = 16, kBlockVectors = 2;
+// The alpha bytes of a block of two vectors, or of one.
+template <std::size_t Vectors> struct Avx2Bytes { using T = __m256i; };
+template <> struct Avx2Bytes<1> { using T = __m128i; };
 
+template <std::size_t Vectors> struct Avx2 {
+    using W = __m256i;
+    using Bytes = typename Avx2Bytes<Vectors>::T;
+    using Mask = __m256i;
+    using Tail = typename std::conditional<Vectors == 2, Avx2<1>, Sse2Lanes<1>>::type;
+    static constexpr std::size_t kLanes = 16, kBlockVectors = Vectors;
+    static constexpr bool kPacksRows = false;
+
+    // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
     static W load(const std::uint16_t *p) {
-        return _mm256_loadu_si256(reinterpret_cast<const W *>(p));
+        W v = _mm256_loadu_si256(reinterpret_cast<const W *>(p));
+        __asm__("" : "+x"(v));
+        return v;
     }
     static void store(std::uint16_t *p, W v) { _mm256_storeu_si256(reinterpret_cast<W *>(p), v); }
     static Bytes loadBytes(const std::uint8_t *p) {
-        return _mm256_loadu_si256(reinterpret_cast<const W *>(p));
+        Bytes b;
+        std::memcpy(&b, p, sizeof b);
+        return b;
     }
-    static bool none(Bytes b) { return isZero(b); }
-    static bool mixed(Bytes b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }
+    static bool none(__m256i b) { return isZero(b); }
+    static bool none(__m128i b) { return _mm_testz_si128(b, b); }
+    static bool mixed(__m256i b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }
+    static bool mixed(__m128i b) { return _mm_testnzc_si128(b, _mm_set1_epi8(-1)); }
     // The alpha bytes of vector k widened to 16 bits, loaded again from memory where loading and
     // widening is one instruction. The address is hidden, or the compiler would split the bytes
     // already loaded into halves instead, one instruction more; and so is the result, or it would
@@ -63,7 +82,7 @@ struct Avx2 {
 namespace vell {
 
 const RowKernels &avx2RowKernels() {
-    static const RowKernels kernels = rowKernels<Avx2>();
+    static const RowKernels kernels = rowKernels<Avx2<2>>();
     return kernels;
 }
 

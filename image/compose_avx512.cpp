@@ -1,14 +1,19 @@
-// The row loops for AVX-512 (its byte and word instructions, AVX512BW), thirty-two 16-bit pixels
-// per vector, one vector per block. Compiled for AVX-512 alone and called only where the processor
-// and the operating system have it (image/simd.cpp). Where processors split a 512-bit instruction
-// in two 256-bit halves it still gains on the AVX2 loops, from fewer instructions and its masks.
+// The row loops for AVX-512 (its byte and word instructions, AVX512BW, and its 128- and 256-bit
+// forms, AVX512VL), thirty-two 16-bit pixels per vector, one vector per block. Compiled for AVX-512
+// alone and called only where the processor and the operating system have it (image/simd.cpp).
+// Where processors split a 512-bit instruction in two 256-bit halves it still gains on the AVX2
+// loops, from fewer instructions and its masks.
 //
 // GCC for Windows does not align the stack to 64 bytes, yet it spills 512-bit registers with
 // aligned moves; as for AVX2, the Windows builds assemble this file with
 // -Wa,-muse-unaligned-vector-move.
+//
+// The last pixels of a row (fewer than 32) go through one vector whose loads and stores are
+// masked: lanes past the row are neither read nor written.
 #include "image/row_kernels.h"
 
 #if defined(__x86_64__) || defined(__i386__)
+#include <cstring>
 #include <immintrin.h>
 
 namespace vell {
@@ -18,13 +23,74 @@ struct Avx512 {
     using W = __m512i;
     using Bytes = __m256i; // the alpha bytes of a block
     using Mask = __mmask32;
+    using Tail = void;
     static constexpr std::size_t kLanes = 32, kBlockVectors = 1;
+    static constexpr bool kPacksRows = true;
 
-    static W load(const std::uint16_t *p) { return _mm512_loadu_si512(p); }
+    // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
+    static W load(const std::uint16_t *p) { return hide(_mm512_loadu_si512(p)); }
     static void store(std::uint16_t *p, W v) { _mm512_storeu_si512(p, v); }
     static Bytes loadBytes(const std::uint8_t *p) {
         return _mm256_loadu_si256(reinterpret_cast<const Bytes *>(p));
     }
+    static Mask first(std::size_t n) { return Mask((std::uint64_t(1) << n) - 1); }
+    static W loadPart(const std::uint16_t *p, std::size_t n) {
+        return hide(_mm512_maskz_loadu_epi16(first(n), p));
+    }
+    static Bytes loadBytesPart(const std::uint8_t *p, std::size_t n) {
+        // The low half of the vector (not _mm512_castsi512_si256, which GCC 12 warns about).
+        const __m512i v = _mm512_maskz_loadu_epi8((std::uint64_t(1) << n) - 1, p);
+        Bytes b;
+        std::memcpy(&b, &v, sizeof b);
+        return b;
+    }
+    static void storePart(std::uint16_t *p, std::size_t n, W v) {
+        _mm512_mask_storeu_epi16(p, first(n), v);
+    }
+    static W widenPart(Bytes b, std::size_t) { return hide(_mm512_cvtepu8_epi16(b)); }
+    static W hide(W v) {
+        __asm__("" : "+v"(v));
+        return v;
+    }
+
+    // Two rows of n <= 16 pixels in one vector, the second in lanes 16 on: each row loaded and
+    // stored on its own with a 256-bit mask, and the halves put together (the masked forms of the
+    // insertions and extractions: GCC 12 warns about the others). Four rows of up to 8 pixels in
+    // one vector were slower where rows four apart are 4096 bytes apart (a target 512 pixels
+    // wide): loads of the next four rows waited for the stores of the last four.
+    template <std::size_t P> struct Rows {
+        static_assert(P == 2, "two rows per vector");
+        std::uint16_t *d = nullptr;
+        const std::uint16_t *rgb = nullptr;
+        const std::uint8_t *alpha = nullptr;
+        std::ptrdiff_t pitch, stride;
+        __mmask16 row; // the mask of one row's lanes
+        Rows(std::size_t n, std::ptrdiff_t pitchBytes, std::size_t step)
+            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), row(__mmask16((1u << n) - 1)) {}
+
+        template <class T> static T *next(T *p, std::ptrdiff_t step) {
+            return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) +
+                                         std::uintptr_t(step));
+        }
+        W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
+            const W low = _mm512_maskz_inserti64x4(0xFF, _mm512_setzero_si512(),
+                                                   _mm256_maskz_loadu_epi16(row, p), 0);
+            return hide(_mm512_maskz_inserti64x4(0xFF, low,
+                                                 _mm256_maskz_loadu_epi16(row, next(p, step)), 1));
+        }
+        W dest(std::size_t) const { return gather(d, pitch); }
+        W source(std::size_t) const { return gather(rgb, 2 * stride); }
+        Bytes loadBytes() const {
+            return _mm256_inserti128_si256(_mm256_zextsi128_si256(_mm_maskz_loadu_epi8(row, alpha)),
+                                           _mm_maskz_loadu_epi8(row, next(alpha, stride)), 1);
+        }
+        W widen(Bytes b, std::size_t k) const { return widenPart(b, k); }
+        void store(std::size_t, W v) const {
+            _mm256_mask_storeu_epi16(d, row, _mm512_maskz_extracti64x4_epi64(0xFF, v, 0));
+            _mm256_mask_storeu_epi16(next(d, pitch), row,
+                                     _mm512_maskz_extracti64x4_epi64(0xFF, v, 1));
+        }
+    };
     static bool none(Bytes b) { return _mm256_testz_si256(b, b); }
     static bool mixed(Bytes b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }
     // As for AVX2: widened straight from memory, with the address and the result hidden.

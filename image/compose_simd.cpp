@@ -1,6 +1,6 @@
 // Painting and blending on the path chosen at run time: the same decisions as the scalar loops of
-// compose.cpp (shortcuts, layout, clipping), then one row loop of the chosen instruction set per
-// visible row. Alpha 255 for the whole rectangle is a plain copy or fill on every path.
+// compose.cpp (shortcuts, layout, clipping), then the rectangle loop of the chosen instruction set
+// over the visible rows. Alpha 255 for the whole rectangle is a plain copy or fill on every path.
 #include "image/compose.h"
 #include "image/row_kernels.h"
 
@@ -16,7 +16,7 @@ bool composeRows(const RowKernels &kernels, const PixelTarget &target, std::int3
                  std::int32_t y, const Sources &src, unsigned opacity, std::uint32_t mode) {
     const bool knownMode = mode == kMode555 || mode == kMode565;
     const auto &paint = kernels.paint[mode == kMode565][src.rgb != nullptr];
-    RowKernel kernel = nullptr; // null: a copy or fill
+    RectKernel kernel = nullptr; // null: a copy or fill
     unsigned value = opacity;
     if (src.alpha != nullptr) {
         if (!knownMode) return false;
@@ -32,17 +32,25 @@ bool composeRows(const RowKernels &kernels, const PixelTarget &target, std::int3
     ClipRect part;
     if (!visiblePart(target.width, target.height, x, y, src.width, src.height, part)) return true;
     const std::size_t n = std::size_t(part.right - part.left);
+    const std::size_t i = std::size_t(part.top - std::int64_t(y)) * src.width +
+                          std::size_t(part.left - std::int64_t(x));
+    const std::uint16_t *rgb = src.rgb != nullptr ? src.rgb + i : nullptr;
+    auto *row =
+        reinterpret_cast<std::uint16_t *>(target.bits + part.top * target.pitch) + part.left;
+    if (kernel != nullptr) {
+        kernel(row, target.pitch, rgb, src.alpha != nullptr ? src.alpha + i : nullptr, src.width, n,
+               std::size_t(part.bottom - part.top), src.colour, value);
+        return true;
+    }
     for (std::int32_t ty = part.top; ty < part.bottom; ++ty) {
-        auto *row = reinterpret_cast<std::uint16_t *>(target.bits + ty * target.pitch) + part.left;
-        const std::size_t i = std::size_t(ty - std::int64_t(y)) * src.width +
-                              std::size_t(part.left - std::int64_t(x));
-        const std::uint16_t *rgb = src.rgb != nullptr ? src.rgb + i : nullptr;
-        if (kernel != nullptr)
-            kernel(row, rgb, src.alpha != nullptr ? src.alpha + i : nullptr, n, src.colour, value);
-        else if (rgb != nullptr)
+        if (rgb != nullptr) {
             std::memcpy(row, rgb, 2 * n);
-        else
+            rgb += src.width;
+        } else {
             std::fill_n(row, n, src.colour);
+        }
+        row =
+            reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(row) + target.pitch);
     }
     return true;
 }

@@ -9,7 +9,10 @@
 //
 // A row is walked in blocks of 32 pixels (16 with SSE2). Painting skips a block whose alpha bytes
 // are all 0 and copies one whose bytes are all 255; every other block is mixed lane by lane
-// without a branch. The last pixels of a row run through the same block in copies.
+// without a branch. The last pixels of a row go through the narrower blocks of V::Tail where they
+// fill one, and the very last through a partial block of the narrowest: its loads and stores
+// (V::loadPart, V::storePart) touch only the pixels of the row, and zeros (alpha 0) fill the
+// lanes beyond them.
 //
 // The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
 // d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the
@@ -31,6 +34,8 @@
 
 #include "display/graphics_mode.h"
 #include "image/row_kernels.h"
+
+#include <type_traits>
 
 namespace vell {
 namespace {
@@ -65,53 +70,85 @@ typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
 
 enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
 
-// One block of V::kBlockVectors vectors: kPixels pixels at d, their source words at rgb (with
-// ColourPlane) and their alpha bytes at alpha (except for Rule::Constant).
+// The pieces of a row are inlined into the loop over the rows, where what they set up (constants,
+// masks) is done once for the rectangle.
+#define VELL_INLINE inline __attribute__((always_inline))
+
+// Where the pixels of a block are, and how they are loaded and stored: a whole block at d, rgb and
+// alpha; its first n pixels (Part, on V's blocks of one vector only); or, with AVX-512, the first
+// n pixels of each of Rows rows packed into one vector (V::Rows).
+template <class V> struct Whole {
+    std::uint16_t *d;
+    const std::uint16_t *rgb;
+    const std::uint8_t *alpha;
+    using W = typename V::W;
+    W dest(std::size_t k) const { return V::load(d + k * V::kLanes); }
+    W source(std::size_t k) const { return V::load(rgb + k * V::kLanes); }
+    typename V::Bytes loadBytes() const { return V::loadBytes(alpha); }
+    W widen(typename V::Bytes bytes, std::size_t k) const { return V::widen(alpha, bytes, k); }
+    void store(std::size_t k, W v) const { V::store(d + k * V::kLanes, v); }
+};
+
+template <class V> struct Part {
+    std::uint16_t *d;
+    const std::uint16_t *rgb;
+    const std::uint8_t *alpha;
+    std::size_t n;
+    using W = typename V::W;
+    W dest(std::size_t) const { return V::loadPart(d, n); }
+    W source(std::size_t) const { return V::loadPart(rgb, n); }
+    typename V::Bytes loadBytes() const { return V::loadBytesPart(alpha, n); }
+    W widen(typename V::Bytes bytes, std::size_t k) const { return V::widenPart(bytes, k); }
+    void store(std::size_t, W v) const { V::storePart(d, n, v); }
+};
+
+// One block of V::kBlockVectors vectors, of kPixels pixels, at the place A tells: the destination
+// words at A::d, their source words at A::rgb (with ColourPlane) and their alpha bytes at A::alpha
+// (except for Rule::Constant), loaded by A::dest, A::source and A::loadBytes.
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
     using W = typename V::W;
     static constexpr std::size_t kVectors = V::kBlockVectors, kPixels = kVectors * V::kLanes;
     SourceFields<V> colour;
     W value;
 
-    void run(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha) const {
+    Block(std::uint16_t colourWord, unsigned alphaValue)
+        : colour(sourceFields<V, Mode>(V::set(colourWord))), value(V::set(int(alphaValue))) {}
+
+    template <class A> VELL_INLINE void run(const A &at) const {
         W a[kVectors];
         if (R == Rule::Constant) {
             for (W &ak : a)
                 ak = value;
         } else if (R == Rule::Scaled || R == Rule::CoverageScaled) {
-            const typename V::Bytes bytes = V::loadBytes(alpha);
+            const typename V::Bytes bytes = at.loadBytes();
             W any = V::set(0);
             for (std::size_t k = 0; k < kVectors; ++k)
-                any = V::or_(
-                    any, a[k] = V::template srli<8>(V::mullo(V::widen(alpha, bytes, k), value)));
+                any = V::or_(any, a[k] = V::template srli<8>(V::mullo(at.widen(bytes, k), value)));
             // A mix at 0 keeps d whole, except that printing clears bit 15 in 5:5:5.
             if ((Mode == kMode565 || R == Rule::Scaled) && V::isZero(any)) return;
         } else {
-            const typename V::Bytes bytes = V::loadBytes(alpha);
+            const typename V::Bytes bytes = at.loadBytes();
             // One test tells a block of 0 and 255 mixed from one that is all 0 or all 255.
             if (!V::mixed(bytes)) {
                 if (V::none(bytes)) {
                     if (R == Rule::Plane || Mode == kMode565) return;
                     // Printing at coverage 0 keeps the channels and clears bit 15.
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        V::store(d + k * V::kLanes,
-                                 V::and_(V::load(d + k * V::kLanes), V::set(0x7FFF)));
+                        at.store(k, V::and_(at.dest(k), V::set(0x7FFF)));
                     return;
                 }
                 if (R == Rule::Plane) {
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        V::store(d + k * V::kLanes,
-                                 ColourPlane ? V::load(rgb + k * V::kLanes) : colour.word);
+                        at.store(k, ColourPlane ? at.source(k) : colour.word);
                     return;
                 }
             }
             for (std::size_t k = 0; k < kVectors; ++k)
-                a[k] = V::widen(alpha, bytes, k);
+                a[k] = at.widen(bytes, k);
         }
         for (std::size_t k = 0; k < kVectors; ++k) {
-            const W dk = V::load(d + k * V::kLanes);
-            const SourceFields<V> s =
-                ColourPlane ? sourceFields<V, Mode>(V::load(rgb + k * V::kLanes)) : colour;
+            const W dk = at.dest(k);
+            const SourceFields<V> s = ColourPlane ? sourceFields<V, Mode>(at.source(k)) : colour;
             W ak = a[k];
             if (R == Rule::Plane && Mode == kMode565) ak = V::plusOneAt255(ak); // 256: a copy
             W out = mix<V, Mode>(dk, s, ak);
@@ -119,36 +156,102 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
                 out = V::select(V::equal(ak, V::set(255)), s.word, out);
             if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
                 out = V::select(V::equal(ak, V::set(0)), dk, out);
-            V::store(d + k * V::kLanes, out);
+            at.store(k, out);
         }
+    }
+    VELL_INLINE void run(std::uint16_t *d, const std::uint16_t *rgb,
+                         const std::uint8_t *alpha) const {
+        run(Whole<V>{d, rgb, alpha});
     }
 };
 
+// The last n pixels of a row, fewer than one block of the instruction set whose tail V is: a block
+// of V where they fill one, the rest on V's own tail, or, on the narrowest, a partial block.
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
-void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha, std::size_t n,
-            std::uint16_t colour, unsigned value) {
+VELL_INLINE void mixRowEnd(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
+                           std::size_t n, std::uint16_t colour, unsigned value) {
     using B = Block<V, Mode, ColourPlane, R>;
-    const B block = {sourceFields<V, Mode>(V::set(colour)), V::set(int(value))};
+    const B block(colour, value);
+    if (n >= B::kPixels) {
+        block.run(d, rgb, alpha);
+        n -= B::kPixels;
+        if (n == 0) return;
+        d += B::kPixels;
+        if (ColourPlane) rgb += B::kPixels;
+        if (R != Rule::Constant) alpha += B::kPixels;
+    }
+    if constexpr (std::is_void<typename V::Tail>::value)
+        block.run(Part<V>{d, rgb, alpha, n});
+    else
+        mixRowEnd<typename V::Tail, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
+}
+
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
+VELL_INLINE void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
+                        std::size_t n, std::uint16_t colour, unsigned value) {
+    using B = Block<V, Mode, ColourPlane, R>;
+    const B block(colour, value);
     const std::size_t step = B::kPixels;
     std::size_t i = 0;
     for (; i + step <= n; i += step)
         block.run(d + i, ColourPlane ? rgb + i : nullptr,
                   R == Rule::Constant ? nullptr : alpha + i);
     if (i == n) return;
-    // The last pixels of the row go through the same block in copies; alpha 0 fills the rest,
-    // which is not copied back.
-    std::uint16_t dt[step], st[step];
-    std::uint8_t at[step];
-    const std::size_t rest = n - i;
-    for (std::size_t k = 0; k < step; ++k) {
-        dt[k] = k < rest ? d[i + k] : 0;
-        st[k] = ColourPlane && k < rest ? rgb[i + k] : 0;
-        at[k] = R != Rule::Constant && k < rest ? alpha[i + k] : 0;
-    }
-    block.run(dt, st, at);
-    for (std::size_t k = 0; k < rest; ++k)
-        d[i + k] = dt[k];
+    const std::uint16_t *rgbEnd = ColourPlane ? rgb + i : nullptr;
+    const std::uint8_t *alphaEnd = R == Rule::Constant ? nullptr : alpha + i;
+    if constexpr (std::is_void<typename V::Tail>::value)
+        block.run(Part<V>{d + i, rgbEnd, alphaEnd, n - i});
+    else
+        mixRowEnd<typename V::Tail, Mode, ColourPlane, R>(d + i, rgbEnd, alphaEnd, n - i, colour,
+                                                          value);
 }
+
+// One row (printing), or every row of a rectangle (painting).
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
+void mixOneRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha, std::size_t n,
+               std::uint16_t colour, unsigned value) {
+    mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
+}
+
+// Rows of at most kLanes / P pixels, P of them at a time in one block (V::Rows), as long as P are
+// left; the number of rows left.
+template <class V, std::size_t P, std::uint32_t Mode, bool ColourPlane, Rule R>
+VELL_INLINE std::size_t mixPackedRows(std::uint16_t *&d, std::ptrdiff_t pitch,
+                                      const std::uint16_t *&rgb, const std::uint8_t *&alpha,
+                                      std::size_t stride, std::size_t n, std::size_t rows,
+                                      std::uint16_t colour, unsigned value) {
+    const Block<V, Mode, ColourPlane, R> block(colour, value);
+    typename V::template Rows<P> at(n, pitch, stride);
+    for (; rows >= P; rows -= P) {
+        at.d = d;
+        at.rgb = rgb;
+        at.alpha = alpha;
+        block.run(at);
+        d = reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + P * pitch);
+        if (ColourPlane) rgb += P * stride;
+        if (R != Rule::Constant) alpha += P * stride;
+    }
+    return rows;
+}
+
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
+void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
+             const std::uint8_t *alpha, std::size_t stride, std::size_t n, std::size_t rows,
+             std::uint16_t colour, unsigned value) {
+    if constexpr (V::kPacksRows) {
+        if (n <= V::kLanes / 2)
+            rows = mixPackedRows<V, 2, Mode, ColourPlane, R>(d, pitch, rgb, alpha, stride, n, rows,
+                                                             colour, value);
+    }
+    for (; rows > 0; --rows) {
+        mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
+        d = reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + pitch);
+        if (ColourPlane) rgb += stride;
+        if (R != Rule::Constant) alpha += stride;
+    }
+}
+
+#undef VELL_INLINE
 
 template <std::uint32_t M> struct ModeTag { static constexpr std::uint32_t value = M; };
 
@@ -157,14 +260,14 @@ template <class V> RowKernels rowKernels() {
     auto fill = [&k](auto mode) {
         constexpr std::uint32_t M = decltype(mode)::value;
         auto &paint = k.paint[M == kMode565];
-        paint[0][kPlaneAlpha] = mixRow<V, M, false, Rule::Plane>;
-        paint[1][kPlaneAlpha] = mixRow<V, M, true, Rule::Plane>;
-        paint[0][kScaledAlpha] = mixRow<V, M, false, Rule::Scaled>;
-        paint[1][kScaledAlpha] = mixRow<V, M, true, Rule::Scaled>;
-        paint[0][kConstantAlpha] = mixRow<V, M, false, Rule::Constant>;
-        paint[1][kConstantAlpha] = mixRow<V, M, true, Rule::Constant>;
-        k.print[M == kMode565][0] = mixRow<V, M, false, Rule::Coverage>;
-        k.print[M == kMode565][1] = mixRow<V, M, false, Rule::CoverageScaled>;
+        paint[0][kPlaneAlpha] = mixRect<V, M, false, Rule::Plane>;
+        paint[1][kPlaneAlpha] = mixRect<V, M, true, Rule::Plane>;
+        paint[0][kScaledAlpha] = mixRect<V, M, false, Rule::Scaled>;
+        paint[1][kScaledAlpha] = mixRect<V, M, true, Rule::Scaled>;
+        paint[0][kConstantAlpha] = mixRect<V, M, false, Rule::Constant>;
+        paint[1][kConstantAlpha] = mixRect<V, M, true, Rule::Constant>;
+        k.print[M == kMode565][0] = mixOneRow<V, M, false, Rule::Coverage>;
+        k.print[M == kMode565][1] = mixOneRow<V, M, false, Rule::CoverageScaled>;
     };
     fill(ModeTag<kMode555>{});
     fill(ModeTag<kMode565>{});

@@ -17,13 +17,20 @@ namespace vell {
 using RowKernel = void (*)(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
                            std::size_t n, std::uint16_t colour, unsigned value);
 
+// The same over a rectangle of `rows` rows of n pixels: the rows of d lie `pitch` bytes apart,
+// those of rgb and alpha `stride` elements apart. Painting hands a whole image to one call, so
+// that rows a few pixels wide cost no call each.
+using RectKernel = void (*)(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
+                            const std::uint8_t *alpha, std::size_t stride, std::size_t n,
+                            std::size_t rows, std::uint16_t colour, unsigned value);
+
 // The painting rule's alpha: from the plane (0 leaves a pixel, 255 copies the source, anything
 // between mixes), from the plane scaled to (a * value) >> 8 for an opacity value of 1..254, or
 // one alpha value of 1..254 for the whole row (alpha is null).
 enum RowAlpha { kPlaneAlpha, kScaledAlpha, kConstantAlpha, kRowAlphaKinds };
 
 struct RowKernels {
-    RowKernel paint[2][2][kRowAlphaKinds]; // [5:6:5][colour plane][alpha]
+    RectKernel paint[2][2][kRowAlphaKinds]; // [5:6:5][colour plane][alpha]
     // The printing rule: the colour mixed at every coverage (0 and 255 included), the coverage
     // itself [0] or scaled to (g * value) >> 8 [1] for an opacity value of 0..254.
     RowKernel print[2][2]; // [5:6:5][scaled]

@@ -12,10 +12,10 @@
 namespace vell {
 
 #if VELL_X86
-// The processor's features (CPUID leaf 7, EBX: bit 5 AVX2, bit 16 AVX-512F, bit 30 AVX-512BW)
-// count only where the operating system saves the registers across task switches: OSXSAVE set,
-// and XCR0 holding the SSE and AVX state (bits 1, 2), for AVX-512 also the mask and upper
-// registers (bits 5 to 7).
+// The processor's features (CPUID leaf 7, EBX: bit 5 AVX2, bit 16 AVX-512F, bit 30 AVX-512BW,
+// bit 31 AVX-512VL) count only where the operating system saves the registers across task
+// switches: OSXSAVE set, and XCR0 holding the SSE and AVX state (bits 1, 2), for AVX-512 also the
+// mask and upper registers (bits 5 to 7).
 CpuFeatures cpuFeatures() {
     unsigned a, b, c, d;
     if (!__get_cpuid(1, &a, &b, &c, &d)) return {false, false};
@@ -25,7 +25,7 @@ CpuFeatures cpuFeatures() {
     __asm__("xgetbv" : "=a"(xcr0), "=d"(xcr0High) : "c"(0));
     if ((xcr0 & 0x06) != 0x06 || !__get_cpuid_count(7, 0, &a, &b, &c, &d)) return {false, false};
     const bool avx2 = (b & (1u << 5)) != 0;
-    const unsigned avx512 = (1u << 16) | (1u << 30);
+    const unsigned avx512 = (1u << 16) | (1u << 30) | (1u << 31);
     return {avx2, avx2 && (b & avx512) == avx512 && (xcr0 & 0xE6) == 0xE6};
 }
 #else

@@ -10,9 +10,9 @@
 //   unset, or any other value: the fastest path this processor runs
 //
 // SSE2 is part of every x86_64 processor and the floor of the 32-bit build too, so it is never
-// detected; AVX2 and AVX-512 (with its byte and word instructions) are, and their loops are
-// compiled for them alone, so the library still runs on a processor without them. Every path
-// writes exactly the words of the scalar loops.
+// detected; AVX2 and AVX-512 (with its byte and word instructions and its 128- and 256-bit forms)
+// are, and their loops are compiled for them alone, so the library still runs on a processor
+// without them. Every path writes exactly the words of the scalar loops.
 #ifndef VELL_SIMD_H
 #define VELL_SIMD_H
 

@@ -1,15 +1,24 @@
-// Every pixel path this processor runs (image/simd.h) against the scalar loops, word for word, on
-// seeded random images, fonts and targets. Built into the host tests and the Windows image tests;
-// with VELL_SIMD=0 only the scalar path is listed, so the same cases then run on it alone.
+// Every pixel path this processor runs (image/simd.h) against the scalar loops, word for word: each
+// row loop at every row length around its blocks and at several start words, and seeded random
+// images, fonts and targets through the whole drawing calls. Built into the host tests and the
+// Windows image tests; with VELL_SIMD=0 only the scalar path is listed, so the same cases then run
+// on it alone.
 #include "image/compose.h"
 #include "text/print_loop.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
+
+#ifndef _WIN32
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -52,6 +61,108 @@ std::string pathNames() {
     for (std::size_t k = 0; k < simdPaths().count; ++k)
         names += std::string(" ") + simdPathName(simdPaths().path[k]);
     return names;
+}
+
+// One page of memory. On the host an inaccessible page follows it, so that a loop reading or
+// writing past the end of a row placed at the page's end faults.
+class Page {
+public:
+    static constexpr std::size_t kSize = 4096;
+    Page() {
+#ifndef _WIN32
+        const std::size_t system = std::size_t(sysconf(_SC_PAGESIZE)), size = 2 * system;
+        void *m = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (m == MAP_FAILED || mprotect(static_cast<char *>(m) + system, system, PROT_NONE) != 0)
+            std::abort();
+        unmap_ = [m, size] { munmap(m, size); };
+        data_ = static_cast<std::uint8_t *>(m) + system - kSize;
+#else
+        data_ = memory_.data() + (64 - reinterpret_cast<std::uintptr_t>(memory_.data()) % 64);
+#endif
+    }
+    ~Page() {
+        if (unmap_) unmap_();
+    }
+    std::uint8_t *data() const {
+        return data_;
+    }
+    std::uint8_t *end() const {
+        return data_ + kSize;
+    }
+
+private:
+    std::uint8_t *data_;
+    std::function<void()> unmap_;
+    std::vector<std::uint8_t> memory_ = std::vector<std::uint8_t>(kSize + 64);
+};
+
+// Every row loop (paint with an alpha plane, scaled alpha or one alpha, each over a colour plane
+// or one colour; printing at full and scaled coverage; both layouts) on five rows of every length
+// from 1 to two blocks and one, whose pixels, colour words and alpha bytes start at several words
+// from a 64-byte line, or end where the page does; with alpha of noise, all 255 and all 0.
+TEST(SimdPaths, EveryRowLoopAtEveryLengthAndStart) {
+    struct Loop {
+        const char *name;
+        bool colourPlane;
+        int alpha, opacity; // alpha -1: the plane; opacity -1: paint, -2: print
+    };
+    const Loop loops[] = {{"plane", true, -1, -1},      {"plane, colour", false, -1, -1},
+                          {"scaled", true, -1, 100},    {"scaled, colour", false, -1, 100},
+                          {"one alpha", true, 100, -1}, {"one alpha, colour", false, 100, -1},
+                          {"print", false, -1, -2},     {"print scaled", false, -1, -3}};
+    const Page page, rgbPage, alphaPage;
+    std::mt19937 random(19);
+    std::vector<std::uint8_t> memory(Page::kSize), noise(Page::kSize / 4);
+    for (auto &b : memory)
+        b = std::uint8_t(random());
+    for (auto &b : noise)
+        b = std::uint8_t(random() % 3 == 0 ? 0 : random() % 3 == 0 ? 255 : random());
+    std::memcpy(rgbPage.data(), memory.data(), Page::kSize);
+    for (const Loop &loop : loops)
+        for (std::uint32_t mode : {kMode555, kMode565})
+            for (int fill : {-1, 0, 255})
+                for (std::size_t n = 1; n <= 65; ++n)
+                    for (int start : {0, 1, 7, 31, -1}) {
+                        // start -1: the row, its colour words and alpha bytes end with the page.
+                        const bool atEnd = start < 0;
+                        const int x = atEnd ? 0 : start;
+                        const std::size_t h = 5, pitch = 2 * (x + n) + 6;
+                        std::uint8_t *alpha =
+                            atEnd ? alphaPage.end() - n * h : alphaPage.data() + start;
+                        std::memcpy(alpha, noise.data(), n * h);
+                        if (fill >= 0) std::memset(alpha, fill, n * h);
+                        auto *rgb = reinterpret_cast<std::uint16_t *>(
+                            atEnd ? rgbPage.end() - 2 * n * h : rgbPage.data() + 2 * start);
+                        const ImagePlanes image = {std::uint32_t(n), std::uint32_t(h), alpha,
+                                                   loop.colourPlane ? rgb : nullptr};
+                        const Sources src =
+                            paintSources(image, loop.colourPlane ? -1 : 0x7A5C, loop.alpha);
+                        const FontCell cell = {0, std::uint32_t(n)};
+                        const GlyphFont font = {alpha, std::uint32_t(n), std::uint32_t(h), &cell,
+                                                1};
+                        const PixelTarget target = {atEnd ? page.end() - pitch * (h - 1) - 2 * n
+                                                          : page.data(),
+                                                    int(pitch), int(x + n), int(h)};
+                        auto draw = [&](SimdPath path) {
+                            std::memcpy(page.data(), memory.data(), Page::kSize);
+                            if (loop.opacity == -1)
+                                paintImage(path, target, x, 0, src, mode);
+                            else if (loop.opacity >= 0)
+                                blendImage(path, target, x, 0, src, loop.opacity, mode);
+                            else
+                                printGlyphs(path, target, font, x, 0,
+                                            reinterpret_cast<const unsigned char *>(" "), 0x7A5C,
+                                            loop.opacity == -2 ? 0 : 150, mode);
+                            const auto *words = reinterpret_cast<std::uint16_t *>(page.data());
+                            return std::vector<std::uint16_t>(words, words + Page::kSize / 2);
+                        };
+                        const std::vector<std::uint16_t> want = draw(SimdPath::Scalar);
+                        for (std::size_t k = 1; k < simdPaths().count; ++k)
+                            ASSERT_EQ(draw(simdPaths().path[k]), want)
+                                << simdPathName(simdPaths().path[k]) << ", " << loop.name
+                                << ", mode " << mode << ", alpha " << fill << ", " << n
+                                << " pixels at " << start;
+                    }
 }
 
 TEST(SimdPaths, PaintAndBlendEqualTheScalarLoops) {

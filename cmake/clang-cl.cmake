@@ -3,7 +3,7 @@
 # (x86_64) or MinGW-w64 (i686). VELL_MSABI_ARCH is x86_64 or i686, e.g.
 #   cmake -B build -DCMAKE_TOOLCHAIN_FILE=cmake/clang-cl.cmake -DVELL_MSABI_ARCH=x86_64 ...
 # Visual Studio's static runtime is missing: a program brings its own entry point (see
-# tests/msabi/client/crt.cpp) and links with /entry:mainCRTStartup /nodefaultlib.
+# tests/install/client/crt.cpp) and links with /entry:mainCRTStartup /nodefaultlib.
 set(CMAKE_SYSTEM_NAME Windows)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VELL_MSABI_ARCH)
 find_program(CMAKE_C_COMPILER NAMES clang-cl clang-cl-14 REQUIRED)

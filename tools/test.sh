@@ -113,7 +113,7 @@ done
 if [ "$VELL_WIN32" != 1 ]; then
     vell_log "the i686 Microsoft-ABI client, linked and checked only"
     p=$passed f=$failed s=$skipped
-    VELL_WIN32=0 run_ctest win32 -R msabi_client
+    VELL_WIN32=0 run_ctest win32 -R client_msabi
     n=$(ctest --preset win32 -N | sed -nE 's/^Total Tests: ([0-9]+)$/\1/p')
     n=$((${n:-0} - (passed - p) - (failed - f) - (skipped - s)))
     skipped=$((skipped + n))

@@ -1,6 +1,6 @@
 // A client of the DLL: every function of the unchanged header, called and checked. Built by
-// tests/install/check.cmake with MinGW and, with the flags of a Visual Studio project, with clang-cl
-// (client/CMakeLists.txt), once with UNICODE; the current directory holds the data.
+// tests/install/check.cmake with MinGW and, with the flags of a Visual Studio project, with
+// clang-cl (client/CMakeLists.txt), once with UNICODE; the current directory holds the data.
 #include "VellBase.h"
 
 #include <stdio.h>

@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -293,11 +294,15 @@ void pixmanPrintLoop(benchmark::State &state, TextScene *scene) {
 
 int main(int argc, char **argv) {
     std::vector<Workload> workloads(std::begin(kWorkloads), std::end(kWorkloads));
+    // The sweep's target is 512 pixels wide (a pitch of 1024 bytes); VELL_SWEEP_TARGET_WIDTH sets
+    // another, such as 1024 (rows two apart are 4096 bytes apart).
+    const char *targetWidth = std::getenv("VELL_SWEEP_TARGET_WIDTH");
+    const int sweepW = targetWidth != nullptr ? std::max(512, std::atoi(targetWidth)) : 512;
     for (int w : kSweepWidths)
         for (int x : {128, 129}) {
             char name[8];
             std::snprintf(name, sizeof name, "w%03d%c", w, x == 128 ? 'a' : 'u');
-            workloads.push_back({name, w, 256, 512, 288, x, 16, Shape::Noise});
+            workloads.push_back({name, w, 256, sweepW, 288, x, 16, Shape::Noise});
         }
     std::vector<std::unique_ptr<Scene>> scenes;
     for (const Workload &wl : workloads)

@@ -12,7 +12,8 @@
 // without a branch. The last pixels of a row go through the narrower blocks of V::Tail where they
 // fill one, and the very last through a partial block of the narrowest: its loads and stores
 // (V::loadPart, V::storePart) touch only the pixels of the row, and zeros (alpha 0) fill the
-// lanes beyond them.
+// lanes beyond them. Where the processor can pack two rows' pixels into one vector (V::Rows,
+// AVX-512), rows go in pairs when their last pixels fit half a vector: see mixRowPairs.
 //
 // The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
 // d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the
@@ -81,6 +82,9 @@ template <class V> struct Whole {
     std::uint16_t *d;
     const std::uint16_t *rgb;
     const std::uint8_t *alpha;
+    // Whether a block of alpha all 0 or all 255 is told from a mixed one by a branch, and skipped
+    // or copied, rather than mixed like any other.
+    static constexpr bool kShortcuts = true;
     using W = typename V::W;
     W dest(std::size_t k) const { return V::load(d + k * V::kLanes); }
     W source(std::size_t k) const { return V::load(rgb + k * V::kLanes); }
@@ -94,6 +98,7 @@ template <class V> struct Part {
     const std::uint16_t *rgb;
     const std::uint8_t *alpha;
     std::size_t n;
+    static constexpr bool kShortcuts = true;
     using W = typename V::W;
     W dest(std::size_t) const { return V::loadPart(d, n); }
     W source(std::size_t) const { return V::loadPart(rgb, n); }
@@ -114,7 +119,8 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
     Block(std::uint16_t colourWord, unsigned alphaValue)
         : colour(sourceFields<V, Mode>(V::set(colourWord))), value(V::set(int(alphaValue))) {}
 
-    template <class A> VELL_INLINE void run(const A &at) const {
+    // The block's new words in out, from loads only; false where the block stays as it is.
+    template <class A> VELL_INLINE bool compute(const A &at, W (&out)[kVectors]) const {
         W a[kVectors];
         if (R == Rule::Constant) {
             for (W &ak : a)
@@ -125,22 +131,23 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
             for (std::size_t k = 0; k < kVectors; ++k)
                 any = V::or_(any, a[k] = V::template srli<8>(V::mullo(at.widen(bytes, k), value)));
             // A mix at 0 keeps d whole, except that printing clears bit 15 in 5:5:5.
-            if ((Mode == kMode565 || R == Rule::Scaled) && V::isZero(any)) return;
+            if (A::kShortcuts && (Mode == kMode565 || R == Rule::Scaled) && V::isZero(any))
+                return false;
         } else {
             const typename V::Bytes bytes = at.loadBytes();
             // One test tells a block of 0 and 255 mixed from one that is all 0 or all 255.
-            if (!V::mixed(bytes)) {
+            if (A::kShortcuts && !V::mixed(bytes)) {
                 if (V::none(bytes)) {
-                    if (R == Rule::Plane || Mode == kMode565) return;
+                    if (R == Rule::Plane || Mode == kMode565) return false;
                     // Printing at coverage 0 keeps the channels and clears bit 15.
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        at.store(k, V::and_(at.dest(k), V::set(0x7FFF)));
-                    return;
+                        out[k] = V::and_(at.dest(k), V::set(0x7FFF));
+                    return true;
                 }
                 if (R == Rule::Plane) {
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        at.store(k, ColourPlane ? at.source(k) : colour.word);
-                    return;
+                        out[k] = ColourPlane ? at.source(k) : colour.word;
+                    return true;
                 }
             }
             for (std::size_t k = 0; k < kVectors; ++k)
@@ -151,12 +158,29 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
             const SourceFields<V> s = ColourPlane ? sourceFields<V, Mode>(at.source(k)) : colour;
             W ak = a[k];
             if (R == Rule::Plane && Mode == kMode565) ak = V::plusOneAt255(ak); // 256: a copy
-            W out = mix<V, Mode>(dk, s, ak);
+            W mixed = mix<V, Mode>(dk, s, ak);
             if (Mode == kMode555 && R == Rule::Plane)
-                out = V::select(V::equal(ak, V::set(255)), s.word, out);
+                mixed = V::select(V::equal(ak, V::set(255)), s.word, mixed);
             if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
-                out = V::select(V::equal(ak, V::set(0)), dk, out);
-            at.store(k, out);
+                mixed = V::select(V::equal(ak, V::set(0)), dk, mixed);
+            out[k] = mixed;
+        }
+        return true;
+    }
+    template <class A> VELL_INLINE void run(const A &at) const {
+        W out[kVectors];
+        if (compute(at, out))
+            for (std::size_t k = 0; k < kVectors; ++k)
+                at.store(k, out[k]);
+    }
+    // Two blocks that may overlap: both are computed before either is stored, so the pixels they
+    // share are mixed once, and to the same words in both.
+    template <class A> VELL_INLINE void runTwo(const A &first, const A &second) const {
+        W out[kVectors], last[kVectors];
+        const bool one = compute(first, out), two = compute(second, last);
+        for (std::size_t k = 0; k < kVectors; ++k) {
+            if (one) first.store(k, out[k]);
+            if (two) second.store(k, last[k]);
         }
     }
     VELL_INLINE void run(std::uint16_t *d, const std::uint16_t *rgb,
@@ -213,35 +237,58 @@ void mixOneRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *a
     mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
 }
 
-// Rows of at most kLanes / P pixels, P of them at a time in one block (V::Rows), as long as P are
-// left; the number of rows left.
-template <class V, std::size_t P, std::uint32_t Mode, bool ColourPlane, Rule R>
-VELL_INLINE std::size_t mixPackedRows(std::uint16_t *&d, std::ptrdiff_t pitch,
-                                      const std::uint16_t *&rgb, const std::uint8_t *&alpha,
-                                      std::size_t stride, std::size_t n, std::size_t rows,
-                                      std::uint16_t colour, unsigned value) {
-    const Block<V, Mode, ColourPlane, R> block(colour, value);
-    typename V::template Rows<P> at(n, pitch, stride);
-    for (; rows >= P; rows -= P) {
-        at.d = d;
-        at.rgb = rgb;
-        at.alpha = alpha;
+// Rows two at a time where their last n % kPixels pixels fit in half a vector: the whole blocks
+// of both rows, then both rows' last pixels packed into one block (V::Rows), so that a row of 33
+// pixels costs one and a half blocks rather than two, and two rows of up to half a vector one
+// block; an odd last row on its own. (Not inlined into mixRect: GCC keeps its pointers in
+// registers only in a function of its own.)
+template <class V, std::uint32_t Mode, bool ColourPlane, Rule R, bool WholeBlocks>
+__attribute__((noinline)) void mixRowPairs(std::uint16_t *d, std::ptrdiff_t pitch,
+                                           const std::uint16_t *rgb, const std::uint8_t *alpha,
+                                           std::size_t stride, std::size_t n, std::size_t rows,
+                                           std::uint16_t colour, unsigned value) {
+    using B = Block<V, Mode, ColourPlane, R>;
+    const B block(colour, value);
+    const std::size_t whole = WholeBlocks ? n - n % B::kPixels : 0;
+    typename V::Rows at(n - whole, pitch, stride);
+    for (; rows >= 2; rows -= 2) {
+        if (WholeBlocks) {
+            auto *below =
+                reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + pitch);
+            for (std::size_t i = 0; i < whole; i += B::kPixels) {
+                block.run(d + i, ColourPlane ? rgb + i : nullptr,
+                          R == Rule::Constant ? nullptr : alpha + i);
+                block.run(below + i, ColourPlane ? rgb + stride + i : nullptr,
+                          R == Rule::Constant ? nullptr : alpha + stride + i);
+            }
+        }
+        at.d = d + whole;
+        at.rgb = ColourPlane ? rgb + whole : nullptr;
+        at.alpha = R == Rule::Constant ? nullptr : alpha + whole;
         block.run(at);
-        d = reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + P * pitch);
-        if (ColourPlane) rgb += P * stride;
-        if (R != Rule::Constant) alpha += P * stride;
+        d = reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + 2 * pitch);
+        if (ColourPlane) rgb += 2 * stride;
+        if (R != Rule::Constant) alpha += 2 * stride;
     }
-    return rows;
+    if (rows != 0) mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
 }
 
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
 void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
              const std::uint8_t *alpha, std::size_t stride, std::size_t n, std::size_t rows,
              std::uint16_t colour, unsigned value) {
+    // Where rows two apart lie a multiple of 4096 bytes apart, give or take a block (a pitch of
+    // 2048 bytes: a surface 1024 pixels wide), the processor takes the loads of the next two rows
+    // to depend on the stores to the last two and waits for them: such rows go one at a time.
     if constexpr (V::kPacksRows) {
-        if (n <= V::kLanes / 2)
-            rows = mixPackedRows<V, 2, Mode, ColourPlane, R>(d, pitch, rgb, alpha, stride, n, rows,
-                                                             colour, value);
+        const std::size_t apart = std::size_t(2 * (pitch < 0 ? -pitch : pitch));
+        const bool pairs = apart < 4096 - 64 || (apart + 64) % 4096 >= 128;
+        if (pairs && n <= V::kLanes / 2)
+            return mixRowPairs<V, Mode, ColourPlane, R, false>(d, pitch, rgb, alpha, stride, n,
+                                                               rows, colour, value);
+        if (pairs && n % (V::kLanes * V::kBlockVectors) - 1 < V::kLanes / 2)
+            return mixRowPairs<V, Mode, ColourPlane, R, true>(d, pitch, rgb, alpha, stride, n, rows,
+                                                              colour, value);
     }
     for (; rows > 0; --rows) {
         mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);

@@ -5,8 +5,9 @@
 // aligned moves (a long-standing GCC fault); the Windows builds therefore assemble this file with
 // -Wa,-muse-unaligned-vector-move, which turns every such move into its unaligned twin.
 //
-// Blocks are of two vectors (32 pixels); the last pixels of a row go through one vector, then the
-// SSE2 loop's vector of eight (compiled here for AVX2) and its partial one.
+// Blocks are of two vectors (32 pixels); the last pixels of a row go through one vector, then a
+// partial one, loaded and stored in 128-bit halves. Where at most 8 pixels are left after a row's
+// whole vectors, two rows' last pixels share one vector.
 #include "image/row_kernels.h"
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -26,9 +27,9 @@ template <std::size_t Vectors> struct Avx2 {
     using W = __m256i;
     using Bytes = typename Avx2Bytes<Vectors>::T;
     using Mask = __m256i;
-    using Tail = typename std::conditional<Vectors == 2, Avx2<1>, Sse2Lanes<1>>::type;
+    using Tail = typename std::conditional<Vectors == 2, Avx2<1>, void>::type;
     static constexpr std::size_t kLanes = 16, kBlockVectors = Vectors;
-    static constexpr bool kPacksRows = false;
+    static constexpr bool kPacksRows = true;
 
     // Loads are hidden from the compiler, which would otherwise load a vector again for each use.
     static W load(const std::uint16_t *p) {
@@ -42,6 +43,72 @@ template <std::size_t Vectors> struct Avx2 {
         std::memcpy(&b, p, sizeof b);
         return b;
     }
+    // The first n < 16 pixels at p, in two halves; zeros above them.
+    static W loadPart(const std::uint16_t *p, std::size_t n) {
+        const __m128i low = n >= 8 ? _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))
+                                   : loadFirstBytes(p, 2 * n);
+        const __m128i high = n > 8 ? loadFirstBytes(p + 8, 2 * (n - 8)) : _mm_setzero_si128();
+        return hide(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1));
+    }
+    static void storePart(std::uint16_t *p, std::size_t n, W v) {
+        const __m128i low = _mm256_castsi256_si128(v), high = _mm256_extracti128_si256(v, 1);
+        if (n < 8) return storeFirstBytes(p, 2 * n, low);
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(p), low);
+        if (n > 8) storeFirstBytes(p + 8, 2 * (n - 8), high);
+    }
+    static __m128i loadBytesPart(const std::uint8_t *p, std::size_t n) {
+        return loadFirstBytes(p, n);
+    }
+    static W widenPart(__m128i b, std::size_t) { return hide(_mm256_cvtepu8_epi16(b)); }
+    static W hide(W v) {
+        __asm__("" : "+x"(v));
+        return v;
+    }
+
+    // Two rows of n <= 8 pixels in one vector, the second in lanes 8 on, each loaded and stored
+    // in a 128-bit half.
+    struct Rows {
+        using Lanes = Avx2<1>;
+        static constexpr bool kShortcuts = false; // as for AVX-512: noisy short rows mix faster
+        std::uint16_t *d = nullptr;
+        const std::uint16_t *rgb = nullptr;
+        const std::uint8_t *alpha = nullptr;
+        std::ptrdiff_t pitch, stride;
+        std::size_t n;
+        Rows(std::size_t pixels, std::ptrdiff_t pitchBytes, std::size_t step)
+            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), n(pixels) {}
+
+        template <class T> static T *next(T *p, std::ptrdiff_t step) {
+            return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) +
+                                         std::uintptr_t(step));
+        }
+        __m128i half(const std::uint16_t *p) const {
+            return n == 8 ? _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))
+                          : loadFirstBytes(p, 2 * n);
+        }
+        void half(std::uint16_t *p, __m128i v) const {
+            if (n == 8)
+                _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+            else
+                storeFirstBytes(p, 2 * n, v);
+        }
+        W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
+            return hide(
+                _mm256_inserti128_si256(_mm256_castsi128_si256(half(p)), half(next(p, step)), 1));
+        }
+        W dest(std::size_t) const { return gather(d, pitch); }
+        W source(std::size_t) const { return gather(rgb, 2 * stride); }
+        __m128i loadBytes() const {
+            return _mm_unpacklo_epi64(loadFirstBytes(alpha, n),
+                                      loadFirstBytes(next(alpha, stride), n));
+        }
+        W widen(__m128i b, std::size_t k) const { return widenPart(b, k); }
+        void store(std::size_t, W v) const {
+            half(d, _mm256_castsi256_si128(v));
+            half(next(d, pitch), _mm256_extracti128_si256(v, 1));
+        }
+    };
+
     static bool none(__m256i b) { return isZero(b); }
     static bool none(__m128i b) { return _mm_testz_si128(b, b); }
     static bool mixed(__m256i b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }

@@ -59,6 +59,7 @@ struct Avx512 {
     // one vector were slower where rows four apart are 4096 bytes apart (a target 512 pixels
     // wide): loads of the next four rows waited for the stores of the last four.
     struct Rows {
+        using Lanes = Avx512;
         std::uint16_t *d = nullptr;
         const std::uint16_t *rgb = nullptr;
         const std::uint8_t *alpha = nullptr;

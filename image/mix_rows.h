@@ -12,8 +12,8 @@
 // without a branch. The last pixels of a row go through the narrower blocks of V::Tail where they
 // fill one, and the very last through a partial block of the narrowest: its loads and stores
 // (V::loadPart, V::storePart) touch only the pixels of the row, and zeros (alpha 0) fill the
-// lanes beyond them. Where the processor can pack two rows' pixels into one vector (V::Rows,
-// AVX-512), rows go in pairs when their last pixels fit half a vector: see mixRowPairs.
+// lanes beyond them. With AVX2 and AVX-512, whose vectors take two rows' last pixels (V::Rows),
+// rows go in pairs when those fit half a vector: see mixRowPairs.
 //
 // The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
 // d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the
@@ -41,11 +41,19 @@
 namespace vell {
 namespace {
 
+// The pieces of a row are inlined into the loop over the rows, where what they set up (constants,
+// masks) is done once for the rectangle.
+#define VELL_INLINE inline __attribute__((always_inline))
+// The kernels that rowKernels() hands out: everything they call is inlined into them (GCC stops
+// inlining the vector helpers once a file holds as many kernels as these do, and a call per block
+// costs more than the block).
+#define VELL_KERNEL __attribute__((flatten))
+
 template <class V> struct SourceFields {
     typename V::W word, blue, green, red; // the source word and its channels as mix() wants them
 };
 
-template <class V, std::uint32_t Mode> SourceFields<V> sourceFields(typename V::W s) {
+template <class V, std::uint32_t Mode> VELL_INLINE SourceFields<V> sourceFields(typename V::W s) {
     if (Mode == kMode565)
         return {s, V::and_(s, V::set(0x001F)), V::and_(s, V::set(0x07E0)), V::template srli<11>(s)};
     return {s, V::and_(s, V::set(0x001F)), V::and_(s, V::set(0x03E0)),
@@ -54,7 +62,7 @@ template <class V, std::uint32_t Mode> SourceFields<V> sourceFields(typename V::
 
 // d mixed towards s at alpha a (0..256 in each lane). In 5:5:5 the result's bit 15 is 0.
 template <class V, std::uint32_t Mode>
-typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
+VELL_INLINE typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
     using W = typename V::W;
     const W a8 = V::template slli<3>(a);
     const W base = Mode == kMode565 ? d : V::and_(d, V::set(0x7FFF));
@@ -70,10 +78,6 @@ typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
 }
 
 enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
-
-// The pieces of a row are inlined into the loop over the rows, where what they set up (constants,
-// masks) is done once for the rectangle.
-#define VELL_INLINE inline __attribute__((always_inline))
 
 // Where the pixels of a block are, and how they are loaded and stored: a whole block at d, rgb and
 // alpha; its first n pixels (Part, on V's blocks of one vector only); or, with AVX-512, the first
@@ -119,8 +123,7 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
     Block(std::uint16_t colourWord, unsigned alphaValue)
         : colour(sourceFields<V, Mode>(V::set(colourWord))), value(V::set(int(alphaValue))) {}
 
-    // The block's new words in out, from loads only; false where the block stays as it is.
-    template <class A> VELL_INLINE bool compute(const A &at, W (&out)[kVectors]) const {
+    template <class A> VELL_INLINE void run(const A &at) const {
         W a[kVectors];
         if (R == Rule::Constant) {
             for (W &ak : a)
@@ -131,23 +134,22 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
             for (std::size_t k = 0; k < kVectors; ++k)
                 any = V::or_(any, a[k] = V::template srli<8>(V::mullo(at.widen(bytes, k), value)));
             // A mix at 0 keeps d whole, except that printing clears bit 15 in 5:5:5.
-            if (A::kShortcuts && (Mode == kMode565 || R == Rule::Scaled) && V::isZero(any))
-                return false;
+            if (A::kShortcuts && (Mode == kMode565 || R == Rule::Scaled) && V::isZero(any)) return;
         } else {
             const typename V::Bytes bytes = at.loadBytes();
             // One test tells a block of 0 and 255 mixed from one that is all 0 or all 255.
             if (A::kShortcuts && !V::mixed(bytes)) {
                 if (V::none(bytes)) {
-                    if (R == Rule::Plane || Mode == kMode565) return false;
+                    if (R == Rule::Plane || Mode == kMode565) return;
                     // Printing at coverage 0 keeps the channels and clears bit 15.
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        out[k] = V::and_(at.dest(k), V::set(0x7FFF));
-                    return true;
+                        at.store(k, V::and_(at.dest(k), V::set(0x7FFF)));
+                    return;
                 }
                 if (R == Rule::Plane) {
                     for (std::size_t k = 0; k < kVectors; ++k)
-                        out[k] = ColourPlane ? at.source(k) : colour.word;
-                    return true;
+                        at.store(k, ColourPlane ? at.source(k) : colour.word);
+                    return;
                 }
             }
             for (std::size_t k = 0; k < kVectors; ++k)
@@ -158,29 +160,12 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
             const SourceFields<V> s = ColourPlane ? sourceFields<V, Mode>(at.source(k)) : colour;
             W ak = a[k];
             if (R == Rule::Plane && Mode == kMode565) ak = V::plusOneAt255(ak); // 256: a copy
-            W mixed = mix<V, Mode>(dk, s, ak);
+            W out = mix<V, Mode>(dk, s, ak);
             if (Mode == kMode555 && R == Rule::Plane)
-                mixed = V::select(V::equal(ak, V::set(255)), s.word, mixed);
+                out = V::select(V::equal(ak, V::set(255)), s.word, out);
             if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
-                mixed = V::select(V::equal(ak, V::set(0)), dk, mixed);
-            out[k] = mixed;
-        }
-        return true;
-    }
-    template <class A> VELL_INLINE void run(const A &at) const {
-        W out[kVectors];
-        if (compute(at, out))
-            for (std::size_t k = 0; k < kVectors; ++k)
-                at.store(k, out[k]);
-    }
-    // Two blocks that may overlap: both are computed before either is stored, so the pixels they
-    // share are mixed once, and to the same words in both.
-    template <class A> VELL_INLINE void runTwo(const A &first, const A &second) const {
-        W out[kVectors], last[kVectors];
-        const bool one = compute(first, out), two = compute(second, last);
-        for (std::size_t k = 0; k < kVectors; ++k) {
-            if (one) first.store(k, out[k]);
-            if (two) second.store(k, last[k]);
+                out = V::select(V::equal(ak, V::set(0)), dk, out);
+            at.store(k, out);
         }
     }
     VELL_INLINE void run(std::uint16_t *d, const std::uint16_t *rgb,
@@ -232,40 +217,36 @@ VELL_INLINE void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::u
 
 // One row (printing), or every row of a rectangle (painting).
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
-void mixOneRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha, std::size_t n,
-               std::uint16_t colour, unsigned value) {
+VELL_KERNEL void mixOneRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
+                           std::size_t n, std::uint16_t colour, unsigned value) {
     mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, n, colour, value);
 }
 
-// Rows two at a time where their last n % kPixels pixels fit in half a vector: the whole blocks
-// of both rows, then both rows' last pixels packed into one block (V::Rows), so that a row of 33
-// pixels costs one and a half blocks rather than two, and two rows of up to half a vector one
-// block; an odd last row on its own. (Not inlined into mixRect: GCC keeps its pointers in
+// Rows two at a time where their last n % kLanes pixels fit in half a vector: the whole vectors
+// of both rows, then both rows' last pixels packed into one vector (V::Rows), so that a row of 33
+// pixels costs one and a half vectors rather than two with AVX-512, and two rows of up to half a
+// vector one; an odd last row on its own. (Not inlined into mixRect: GCC keeps its pointers in
 // registers only in a function of its own.)
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R, bool WholeBlocks>
-__attribute__((noinline)) void mixRowPairs(std::uint16_t *d, std::ptrdiff_t pitch,
-                                           const std::uint16_t *rgb, const std::uint8_t *alpha,
-                                           std::size_t stride, std::size_t n, std::size_t rows,
-                                           std::uint16_t colour, unsigned value) {
-    using B = Block<V, Mode, ColourPlane, R>;
-    const B block(colour, value);
-    const std::size_t whole = WholeBlocks ? n - n % B::kPixels : 0;
+__attribute__((noinline)) VELL_KERNEL void
+mixRowPairs(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
+            const std::uint8_t *alpha, std::size_t stride, std::size_t n, std::size_t rows,
+            std::uint16_t colour, unsigned value) {
+    const Block<typename V::Rows::Lanes, Mode, ColourPlane, R> packed(colour, value);
+    const std::size_t whole = WholeBlocks ? n - n % V::kLanes : 0;
     typename V::Rows at(n - whole, pitch, stride);
     for (; rows >= 2; rows -= 2) {
         if (WholeBlocks) {
-            auto *below =
-                reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + pitch);
-            for (std::size_t i = 0; i < whole; i += B::kPixels) {
-                block.run(d + i, ColourPlane ? rgb + i : nullptr,
-                          R == Rule::Constant ? nullptr : alpha + i);
-                block.run(below + i, ColourPlane ? rgb + stride + i : nullptr,
-                          R == Rule::Constant ? nullptr : alpha + stride + i);
-            }
+            mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, whole, colour, value);
+            mixRow<V, Mode, ColourPlane, R>(
+                reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + pitch),
+                ColourPlane ? rgb + stride : nullptr,
+                R == Rule::Constant ? nullptr : alpha + stride, whole, colour, value);
         }
         at.d = d + whole;
         at.rgb = ColourPlane ? rgb + whole : nullptr;
         at.alpha = R == Rule::Constant ? nullptr : alpha + whole;
-        block.run(at);
+        packed.run(at);
         d = reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + 2 * pitch);
         if (ColourPlane) rgb += 2 * stride;
         if (R != Rule::Constant) alpha += 2 * stride;
@@ -274,9 +255,9 @@ __attribute__((noinline)) void mixRowPairs(std::uint16_t *d, std::ptrdiff_t pitc
 }
 
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
-void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
-             const std::uint8_t *alpha, std::size_t stride, std::size_t n, std::size_t rows,
-             std::uint16_t colour, unsigned value) {
+VELL_KERNEL void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
+                         const std::uint8_t *alpha, std::size_t stride, std::size_t n,
+                         std::size_t rows, std::uint16_t colour, unsigned value) {
     // Where rows two apart lie a multiple of 4096 bytes apart, give or take a block (a pitch of
     // 2048 bytes: a surface 1024 pixels wide), the processor takes the loads of the next two rows
     // to depend on the stores to the last two and waits for them: such rows go one at a time.
@@ -286,7 +267,7 @@ void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
         if (pairs && n <= V::kLanes / 2)
             return mixRowPairs<V, Mode, ColourPlane, R, false>(d, pitch, rgb, alpha, stride, n,
                                                                rows, colour, value);
-        if (pairs && n % (V::kLanes * V::kBlockVectors) - 1 < V::kLanes / 2)
+        if (pairs && n % V::kLanes - 1 < V::kLanes / 2)
             return mixRowPairs<V, Mode, ColourPlane, R, true>(d, pitch, rgb, alpha, stride, n, rows,
                                                               colour, value);
     }
@@ -299,6 +280,7 @@ void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
 }
 
 #undef VELL_INLINE
+#undef VELL_KERNEL
 
 template <std::uint32_t M> struct ModeTag { static constexpr std::uint32_t value = M; };
 

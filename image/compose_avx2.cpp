@@ -19,6 +19,10 @@
 namespace vell {
 namespace {
 
+// GCC for Windows would call the partial loads and stores (a call per block) rather than inline
+// them.
+#define VELL_ALWAYS_INLINE __attribute__((always_inline))
+
 // The alpha bytes of a block of two vectors, or of one.
 template <std::size_t Vectors> struct Avx2Bytes { using T = __m256i; };
 template <> struct Avx2Bytes<1> { using T = __m128i; };
@@ -44,19 +48,19 @@ template <std::size_t Vectors> struct Avx2 {
         return b;
     }
     // The first n < 16 pixels at p, in two halves; zeros above them.
-    static W loadPart(const std::uint16_t *p, std::size_t n) {
+    VELL_ALWAYS_INLINE static W loadPart(const std::uint16_t *p, std::size_t n) {
         const __m128i low = n >= 8 ? _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))
                                    : loadFirstBytes(p, 2 * n);
         const __m128i high = n > 8 ? loadFirstBytes(p + 8, 2 * (n - 8)) : _mm_setzero_si128();
         return hide(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1));
     }
-    static void storePart(std::uint16_t *p, std::size_t n, W v) {
+    VELL_ALWAYS_INLINE static void storePart(std::uint16_t *p, std::size_t n, W v) {
         const __m128i low = _mm256_castsi256_si128(v), high = _mm256_extracti128_si256(v, 1);
         if (n < 8) return storeFirstBytes(p, 2 * n, low);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(p), low);
         if (n > 8) storeFirstBytes(p + 8, 2 * (n - 8), high);
     }
-    static __m128i loadBytesPart(const std::uint8_t *p, std::size_t n) {
+    VELL_ALWAYS_INLINE static __m128i loadBytesPart(const std::uint8_t *p, std::size_t n) {
         return loadFirstBytes(p, n);
     }
     static W widenPart(__m128i b, std::size_t) { return hide(_mm256_cvtepu8_epi16(b)); }
@@ -140,6 +144,8 @@ template <std::size_t Vectors> struct Avx2 {
     template <int N> static W slli(W v) { return _mm256_slli_epi16(v, N); }
     template <int N> static W srai(W v) { return _mm256_srai_epi16(v, N); }
 };
+
+#undef VELL_ALWAYS_INLINE
 
 } // namespace
 } // namespace vell

@@ -71,9 +71,9 @@ template <std::size_t Vectors> struct Avx2 {
 
     // Two rows of n <= 8 pixels in one vector, the second in lanes 8 on, each loaded and stored
     // in a 128-bit half.
-    struct Rows {
+    template <bool Whole> struct Rows {
         using Lanes = Avx2<1>;
-        static constexpr bool kShortcuts = false; // as for AVX-512: noisy short rows mix faster
+        static constexpr bool kShortcuts = false; // noisy rows mixed faster without (by 4 to 17%)
         std::uint16_t *d = nullptr;
         const std::uint16_t *rgb = nullptr;
         const std::uint8_t *alpha = nullptr;

@@ -53,27 +53,35 @@ template <class V> struct SourceFields {
     typename V::W word, blue, green, red; // the source word and its channels as mix() wants them
 };
 
-template <class V, std::uint32_t Mode> VELL_INLINE SourceFields<V> sourceFields(typename V::W s) {
+// The channel masks of a layout, set once for a rectangle and hidden from the compiler, which
+// would otherwise broadcast some of them again inside the loops (GCC does with AVX-512).
+template <class V, std::uint32_t Mode> struct Masks {
+    typename V::W blue = V::hide(V::set(0x001F)),
+                  green = V::hide(V::set(Mode == kMode565 ? 0x07E0 : 0x03E0)),
+                  red = V::hide(V::set(Mode == kMode565 ? 0xF800 : 0xFC00));
+};
+
+template <class V, std::uint32_t Mode>
+VELL_INLINE SourceFields<V> sourceFields(typename V::W s, const Masks<V, Mode> &m) {
     if (Mode == kMode565)
-        return {s, V::and_(s, V::set(0x001F)), V::and_(s, V::set(0x07E0)), V::template srli<11>(s)};
-    return {s, V::and_(s, V::set(0x001F)), V::and_(s, V::set(0x03E0)),
-            V::and_(V::template srli<10>(s), V::set(0x001F))};
+        return {s, V::and_(s, m.blue), V::and_(s, m.green), V::template srli<11>(s)};
+    return {s, V::and_(s, m.blue), V::and_(s, m.green), V::and_(V::template srli<10>(s), m.blue)};
 }
 
 // d mixed towards s at alpha a (0..256 in each lane). In 5:5:5 the result's bit 15 is 0.
 template <class V, std::uint32_t Mode>
-VELL_INLINE typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a) {
+VELL_INLINE typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a,
+                              const Masks<V, Mode> &m) {
     using W = typename V::W;
     const W a8 = V::template slli<3>(a);
     const W base = Mode == kMode565 ? d : V::and_(d, V::set(0x7FFF));
-    const W blue = V::template srai<8>(V::mullo(V::sub(s.blue, V::and_(d, V::set(0x001F))), a));
-    const W green = V::template slli<5>(
-        V::mulhi(V::sub(s.green, V::and_(d, V::set(Mode == kMode565 ? 0x07E0 : 0x03E0))), a8));
+    const W blue = V::template srai<8>(V::mullo(V::sub(s.blue, V::and_(d, m.blue)), a));
+    const W green = V::template slli<5>(V::mulhi(V::sub(s.green, V::and_(d, m.green)), a8));
     const W red =
         Mode == kMode565
-            ? V::and_(V::mullo(V::sub(s.red, V::template srli<11>(d)), a8), V::set(0xF800))
+            ? V::and_(V::mullo(V::sub(s.red, V::template srli<11>(d)), a8), m.red)
             : V::and_(V::mullo(V::sub(s.red, V::template srli<10>(base)), V::template slli<2>(a)),
-                      V::set(0xFC00));
+                      m.red);
     return V::add(V::add(base, blue), V::add(green, red));
 }
 
@@ -117,11 +125,13 @@ template <class V> struct Part {
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
     using W = typename V::W;
     static constexpr std::size_t kVectors = V::kBlockVectors, kPixels = kVectors * V::kLanes;
+    Masks<V, Mode> masks;
     SourceFields<V> colour;
     W value;
 
     Block(std::uint16_t colourWord, unsigned alphaValue)
-        : colour(sourceFields<V, Mode>(V::set(colourWord))), value(V::set(int(alphaValue))) {}
+        : colour(sourceFields<V, Mode>(V::set(colourWord), masks)), value(V::set(int(alphaValue))) {
+    }
 
     template <class A> VELL_INLINE void run(const A &at) const {
         W a[kVectors];
@@ -157,10 +167,11 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
         }
         for (std::size_t k = 0; k < kVectors; ++k) {
             const W dk = at.dest(k);
-            const SourceFields<V> s = ColourPlane ? sourceFields<V, Mode>(at.source(k)) : colour;
+            const SourceFields<V> s =
+                ColourPlane ? sourceFields<V, Mode>(at.source(k), masks) : colour;
             W ak = a[k];
             if (R == Rule::Plane && Mode == kMode565) ak = V::plusOneAt255(ak); // 256: a copy
-            W out = mix<V, Mode>(dk, s, ak);
+            W out = mix<V, Mode>(dk, s, ak, masks);
             if (Mode == kMode555 && R == Rule::Plane)
                 out = V::select(V::equal(ak, V::set(255)), s.word, out);
             if (Mode == kMode555 && (R == Rule::Plane || R == Rule::Scaled))
@@ -232,16 +243,31 @@ __attribute__((noinline)) VELL_KERNEL void
 mixRowPairs(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
             const std::uint8_t *alpha, std::size_t stride, std::size_t n, std::size_t rows,
             std::uint16_t colour, unsigned value) {
-    const Block<typename V::Rows::Lanes, Mode, ColourPlane, R> packed(colour, value);
+    using B = Block<V, Mode, ColourPlane, R>;
+    // One vector: for the pair, and for AVX2's last 16 whole pixels of a row.
+    using L = typename V::template Rows<WholeBlocks>::Lanes;
+    const B block(colour, value);
+    const Block<L, Mode, ColourPlane, R> packed(colour, value);
     const std::size_t whole = WholeBlocks ? n - n % V::kLanes : 0;
-    typename V::Rows at(n - whole, pitch, stride);
+    typename V::template Rows<WholeBlocks> at(n - whole, pitch, stride);
     for (; rows >= 2; rows -= 2) {
-        if (WholeBlocks) {
-            mixRow<V, Mode, ColourPlane, R>(d, rgb, alpha, whole, colour, value);
-            mixRow<V, Mode, ColourPlane, R>(
-                reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + pitch),
-                ColourPlane ? rgb + stride : nullptr,
-                R == Rule::Constant ? nullptr : alpha + stride, whole, colour, value);
+        // The two rows' blocks side by side: each pair of them is independent work.
+        auto *below =
+            reinterpret_cast<std::uint16_t *>(reinterpret_cast<std::uint8_t *>(d) + pitch);
+        const std::uint16_t *rgbBelow = ColourPlane ? rgb + stride : nullptr;
+        const std::uint8_t *alphaBelow = R == Rule::Constant ? nullptr : alpha + stride;
+        std::size_t i = 0;
+        for (; i + B::kPixels <= whole; i += B::kPixels) {
+            block.run(d + i, ColourPlane ? rgb + i : nullptr,
+                      R == Rule::Constant ? nullptr : alpha + i);
+            block.run(below + i, ColourPlane ? rgbBelow + i : nullptr,
+                      R == Rule::Constant ? nullptr : alphaBelow + i);
+        }
+        if (i < whole) {
+            packed.run(d + i, ColourPlane ? rgb + i : nullptr,
+                       R == Rule::Constant ? nullptr : alpha + i);
+            packed.run(below + i, ColourPlane ? rgbBelow + i : nullptr,
+                       R == Rule::Constant ? nullptr : alphaBelow + i);
         }
         at.d = d + whole;
         at.rgb = ColourPlane ? rgb + whole : nullptr;

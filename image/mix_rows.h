@@ -88,8 +88,8 @@ VELL_INLINE typename V::W mix(typename V::W d, const SourceFields<V> &s, typenam
 enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
 
 // Where the pixels of a block are, and how they are loaded and stored: a whole block at d, rgb and
-// alpha; its first n pixels (Part, on V's blocks of one vector only); or, with AVX-512, the first
-// n pixels of each of Rows rows packed into one vector (V::Rows).
+// alpha; its first n pixels (Part, on V's blocks of one vector only); or, with AVX2 and AVX-512,
+// the last n pixels of two rows packed into one vector (V::Rows).
 template <class V> struct Whole {
     std::uint16_t *d;
     const std::uint16_t *rgb;
@@ -284,9 +284,9 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
 VELL_KERNEL void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
                          const std::uint8_t *alpha, std::size_t stride, std::size_t n,
                          std::size_t rows, std::uint16_t colour, unsigned value) {
-    // Where rows two apart lie a multiple of 4096 bytes apart, give or take a block (a pitch of
-    // 2048 bytes: a surface 1024 pixels wide), the processor takes the loads of the next two rows
-    // to depend on the stores to the last two and waits for them: such rows go one at a time.
+    // Where rows two apart lie a multiple of 4096 bytes apart, give or take 64 (a pitch of 2048
+    // bytes: a surface 1024 pixels wide), the processor takes the loads of the next two rows to
+    // depend on the stores to the last two and waits for them: such rows go one at a time.
     if constexpr (V::kPacksRows) {
         const std::size_t apart = std::size_t(2 * (pitch < 0 ? -pitch : pitch));
         const bool pairs = apart < 4096 - 64 || (apart + 64) % 4096 >= 128;

@@ -1,7 +1,8 @@
 // The vector operations of the SSE2 row loops (see image/mix_rows.h), eight 16-bit pixels per
 // vector: blocks of two vectors (16 pixels), or one (8 pixels) for the last pixels of a row.
-// Included by compose_sse2.cpp, and by compose_avx2.cpp for the last pixels of its rows (compiled
-// there for AVX2, hence everything in an anonymous namespace).
+// Included by compose_sse2.cpp, and by compose_avx2.cpp for loadFirstBytes and storeFirstBytes,
+// which load and store its partial vectors in halves (compiled there for AVX2, hence everything
+// in an anonymous namespace).
 #ifndef VELL_SSE2_LANES_H
 #define VELL_SSE2_LANES_H
 

@@ -1,0 +1,231 @@
+// The player switches a running full-screen client away and back, as Alt+Tab and the taskbar do:
+// a window of this (another) program takes the foreground, then the client's window is restored
+// and activated. The clients are the README's (VellMinimal.exe) and the demo (VellDemo.exe), run
+// from beside this program; what they show is read back from the screen, what they play from the
+// sound server's monitor.
+#include <windows.h>
+
+#include <dsound.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Frame = std::vector<std::uint32_t>;
+
+fs::path besideTest(const char *name) {
+    char program[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, program, MAX_PATH);
+    return fs::path(program).parent_path() / name;
+}
+
+// What the screen shows at the top left, where the 640x480 display is.
+Frame screen() {
+    Frame pixels(640 * 480);
+    HDC desktop = GetDC(nullptr), memory = CreateCompatibleDC(desktop);
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof info.bmiHeader, 640, -480, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void *bits = nullptr;
+    HBITMAP dib = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HGDIOBJ old = SelectObject(memory, dib);
+    BitBlt(memory, 0, 0, 640, 480, desktop, 0, 0, SRCCOPY);
+    GdiFlush();
+    std::copy_n(static_cast<std::uint32_t *>(bits), pixels.size(), pixels.begin());
+    SelectObject(memory, old);
+    DeleteObject(dib);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, desktop);
+    return pixels;
+}
+
+// Runs `message` now and then (about every 50 ms) until `done` says yes or `seconds` pass.
+template <class Done> bool waitFor(Done done, double seconds) {
+    for (DWORD start = GetTickCount(); GetTickCount() - start < seconds * 1000; Sleep(50)) {
+        MSG message;
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageA(&message);
+        if (done()) return true;
+    }
+    return false;
+}
+
+// A frame other than `from` that the screen has held for a second: the client has drawn and holds
+// still (a running scene changes every frame).
+Frame steadyFrame(const Frame &from) {
+    Frame previous = screen(), now;
+    DWORD since = GetTickCount();
+    waitFor(
+        [&] {
+            if ((now = screen()) != previous || now == from) {
+                previous = now;
+                since = GetTickCount();
+            }
+            return GetTickCount() - since >= 1000;
+        },
+        30);
+    return now;
+}
+
+// The loudest sample heard while `action` runs and for `seconds` after it.
+template <class Action> int loudestWhile(Action action, double seconds) {
+    WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 22050, 44100, 2, 16, 0};
+    DSCBUFFERDESC desc = {sizeof desc, 0, 4 * 44100, 0, &format, 0, nullptr};
+    IDirectSoundCapture *capture = nullptr;
+    IDirectSoundCaptureBuffer *buffer = nullptr;
+    int peak = -1;
+    if (SUCCEEDED(DirectSoundCaptureCreate(nullptr, &capture, nullptr)) &&
+        SUCCEEDED(capture->CreateCaptureBuffer(&desc, &buffer, nullptr)) &&
+        SUCCEEDED(buffer->Start(0))) {
+        action();
+        waitFor([] { return false; }, seconds);
+        DWORD captured = 0, readable = 0, n1 = 0, n2 = 0;
+        buffer->GetCurrentPosition(&captured, &readable);
+        void *p1 = nullptr, *p2 = nullptr;
+        if (SUCCEEDED(buffer->Lock(0, readable, &p1, &n1, &p2, &n2, 0))) {
+            peak = 0;
+            for (const auto *s = static_cast<std::int16_t *>(p1); n1 >= 2; n1 -= 2)
+                peak = std::max(peak, std::abs(int(*s++)));
+            buffer->Unlock(p1, n1, p2, n2);
+        }
+        buffer->Stop();
+    }
+    if (buffer != nullptr) buffer->Release();
+    if (capture != nullptr) capture->Release();
+    return peak;
+}
+
+class SwitchAway : public ::testing::Test {
+protected:
+    void SetUp() override {
+        dir = fs::temp_directory_path() / ("vellswitch-" + std::to_string(GetCurrentProcessId()));
+        fs::create_directories(dir);
+        fs::copy_file(besideTest("blip.wav"), dir / "blip.wav",
+                      fs::copy_options::overwrite_existing);
+    }
+    void TearDown() override {
+        if (client.hProcess != nullptr) {
+            if (WaitForSingleObject(client.hProcess, 0) == WAIT_TIMEOUT)
+                TerminateProcess(client.hProcess, 99);
+            CloseHandle(client.hProcess);
+            CloseHandle(client.hThread);
+        }
+        std::error_code ignored;
+        fs::remove_all(dir, ignored);
+    }
+
+    // Starts the client with its working directory in a fresh folder and waits for its window.
+    void start(const char *program, const char *windowClass, const std::string &arguments) {
+        desktop = screen();
+        std::string line = "\"" + besideTest(program).string() + "\" " + arguments;
+        STARTUPINFOA info = {};
+        info.cb = sizeof info;
+        ASSERT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                   dir.string().c_str(), &info, &client))
+            << program << ": error " << GetLastError();
+        ASSERT_TRUE(waitFor([&] { return (window = FindWindowA(windowClass, nullptr)); }, 30))
+            << program << " made no window";
+    }
+    // The clients log to VellDemo.log in their working directory, which is theirs alone until
+    // they end.
+    std::string log() {
+        std::ifstream in(dir / "VellDemo.log", std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
+
+    // Another window takes the foreground for a second and a half; then the client's window is
+    // restored and brought to the front, the taskbar's way. Returns what the screen showed while
+    // the client was away.
+    Frame switchAwayAndBack() {
+        HWND other =
+            CreateWindowExA(WS_EX_TOPMOST, "STATIC", "Another program", WS_POPUP | WS_VISIBLE, 100,
+                            100, 200, 100, nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
+        SetForegroundWindow(other);
+        EXPECT_TRUE(waitFor([&] { return IsIconic(window) != 0; }, 5))
+            << "the client's window was not minimised";
+        waitFor([] { return false; }, 1.5);
+        const Frame away = screen();
+        DestroyWindow(other);
+        ShowWindow(window, SW_RESTORE);
+        SetForegroundWindow(window);
+        return away;
+    }
+
+    bool titleSays(const char *words) { // the demo's title tells what it does
+        return waitFor(
+            [&] {
+                char text[256] = {};
+                GetWindowTextA(window, text, sizeof text);
+                return std::strstr(text, words) != nullptr;
+            },
+            30);
+    }
+
+    void end(bool close = true) { // as the window's close box would
+        if (close) PostMessageA(window, WM_CLOSE, 0, 0);
+        ASSERT_EQ(WaitForSingleObject(client.hProcess, 20000), WAIT_OBJECT_0);
+        DWORD status = 1;
+        GetExitCodeProcess(client.hProcess, &status);
+        EXPECT_EQ(status, 0u);
+    }
+
+    fs::path dir;
+    Frame desktop; // the screen before the client started
+    PROCESS_INFORMATION client = {};
+    HWND window = nullptr;
+};
+
+void press(WORD key) { // a key press as the keyboard makes it, to the window in front
+    INPUT keys[2] = {};
+    keys[0].type = keys[1].type = INPUT_KEYBOARD;
+    keys[0].ki.wVk = keys[1].ki.wVk = key;
+    keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
+    SendInput(2, keys, sizeof keys[0]);
+}
+
+TEST_F(SwitchAway, TheReadmeClientComesBackAsItWasAndPlays) {
+    start("VellMinimal.exe", "MinimalClient", "");
+    const Frame before = steadyFrame(desktop);
+    ASSERT_NE(before, desktop) << "the client shows no scene";
+    EXPECT_NE(switchAwayAndBack(), before) << "the scene stayed on the screen";
+    EXPECT_TRUE(waitFor([&] { return screen() == before; }, 15)) << "the scene did not come back";
+    EXPECT_GT(loudestWhile([] { press(VK_SPACE); }, 1.5), 500) << "no blip after the return";
+    end();
+}
+
+TEST_F(SwitchAway, TheDemoComesBackToThePausedFrameAndPlays) {
+    start("VellDemo.exe", "VellDemoWindow", "600");
+    ASSERT_TRUE(waitFor([&] { return screen() != desktop; }, 30)) << "the demo shows nothing";
+    PostMessageA(window, WM_KEYDOWN, 'P', 0); // pause: the frame holds still
+    ASSERT_TRUE(titleSays(" - paused"));
+    const Frame before = steadyFrame(desktop);
+    EXPECT_NE(switchAwayAndBack(), before);
+    EXPECT_TRUE(waitFor([&] { return screen() == before; }, 15)) << "the frame did not come back";
+    // Going on, rocks leave the screen and the ship turns: whooshes and blips.
+    EXPECT_GT(loudestWhile([&] { PostMessageA(window, WM_KEYDOWN, 'P', 0); }, 3), 500);
+    end();
+    EXPECT_NE(log().find("VellDemo: back from another program"), std::string::npos) << log();
+}
+
+TEST_F(SwitchAway, TheDemosNameEntryGoesOnAfterTheReturn) {
+    start("VellDemo.exe", "VellDemoWindow", ""); // by hand: three seconds of the scene, then
+    ASSERT_TRUE(titleSays(" - your name?"));     // the name entry on its last frame
+    const Frame before = steadyFrame(desktop);
+    PostMessageA(window, WM_CHAR, 'A', 0);
+    const Frame typed = steadyFrame(before); // "Your name:" and "PlayerA_"
+    EXPECT_NE(switchAwayAndBack(), typed);
+    EXPECT_TRUE(waitFor([&] { return screen() == typed; }, 15)) << "the entry did not come back";
+    for (char key : {'b', '\r'})
+        PostMessageA(window, WM_CHAR, static_cast<WPARAM>(key), 0);
+    end(false);
+    EXPECT_NE(log().find("VellDemo: the player is PlayerAb\n"), std::string::npos) << log();
+}
+
+} // namespace

@@ -204,18 +204,21 @@ TEST_F(DeviceTest, VoicesRotate) {
 }
 
 struct Burst {
-    double seconds, rms;
+    double seconds, rms, gap; // gap: the time between the two plays, as measured here
 };
 
 // Plays the sound twice, 200 ms apart, while recording the default capture source (the sink's
-// monitor). Returns the loud part of the recording, from the first to the last sample above a
-// quarter of the peak: its length and its level.
+// monitor). Returns how long the sound was heard and how loud: the 10 ms windows whose level is
+// above a quarter of the loudest window's, counted and averaged. Counting windows rather than
+// taking the span from the first loud sample to the last keeps a busy machine's dropouts (silence
+// that the sound server inserts when it falls behind) out of the length.
 Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
     WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 22050, 44100, 2, 16, 0};
     DSCBUFFERDESC desc = {sizeof desc, 0, 3 * 44100, 0, &format, 0, nullptr};
     IDirectSoundCapture *capture = nullptr;
     IDirectSoundCaptureBuffer *buffer = nullptr;
     std::vector<double> x;
+    double gap = 0;
     if (SUCCEEDED(DirectSoundCaptureCreate(nullptr, &capture, nullptr)) &&
         SUCCEEDED(capture->CreateCaptureBuffer(&desc, &buffer, nullptr)) &&
         SUCCEEDED(buffer->Start(0))) {
@@ -226,9 +229,14 @@ Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
             Sleep(10);
             buffer->GetCurrentPosition(&captured, &readable);
         }
+        LARGE_INTEGER frequency, first, second;
+        QueryPerformanceFrequency(&frequency);
+        QueryPerformanceCounter(&first);
         EXPECT_EQ(sound.playSound(s), 1);
         Sleep(200);
+        QueryPerformanceCounter(&second);
         EXPECT_EQ(sound.playSound(s), 1);
+        gap = double(second.QuadPart - first.QuadPart) / double(frequency.QuadPart);
         Sleep(1500);
         buffer->GetCurrentPosition(&captured, &readable);
         void *p1 = nullptr, *p2 = nullptr;
@@ -241,28 +249,37 @@ Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
     if (buffer != nullptr) buffer->Release();
     if (capture != nullptr) capture->Release();
     EXPECT_FALSE(x.empty()) << "nothing recorded";
-    const auto [low, high] = std::minmax_element(x.begin(), x.end());
-    const double peak = x.empty() ? 0 : std::max(-*low, *high);
-    const auto loud = [peak](double v) { return std::abs(v) > peak / 4; };
-    const auto first = std::find_if(x.begin(), x.end(), loud);
-    const auto end = std::find_if(x.rbegin(), x.rend(), loud).base();
-    const double n = first < end ? double(end - first) : 0;
-    const Burst b = {n / 22050,
-                     n > 0 ? std::sqrt(std::inner_product(first, end, first, 0.0) / n) : 0};
-    std::printf("recorded: %.3f s at rms %.0f\n", b.seconds, b.rms);
+    std::vector<double> power; // mean square of each 10 ms window
+    for (std::size_t i = 0; i + 220 <= x.size(); i += 220)
+        power.push_back(std::inner_product(&x[i], &x[i] + 220, &x[i], 0.0) / 220);
+    const double loudest = power.empty() ? 0 : *std::max_element(power.begin(), power.end());
+    double sum = 0;
+    int loud = 0;
+    for (double p : power)
+        if (p > loudest / 16) { // a quarter of the level is a sixteenth of the power
+            sum += p;
+            ++loud;
+        }
+    const Burst b = {loud * 0.01, loud > 0 ? std::sqrt(sum / loud) : 0, gap};
+    std::printf("recorded: %.3f s at rms %.0f, plays %.3f s apart\n", b.seconds, b.rms, b.gap);
     return b;
 }
 
 TEST_F(DeviceTest, RecordedSound) {
     // Whatever the header says, the samples play as 22050 Hz 16-bit mono. With one voice, playing
-    // the sound again while it sounds does not restart it.
+    // the sound again while it sounds does not restart it. A second play that a busy machine
+    // delayed past the sound's end is tried again (three times at most), never counted.
     structDirectSoundBuffer *s = load(riff(format(44100, 2, 8) + chunk("data", tone(0.5, 10000))));
-    const Burst full = record(*sound, s);
+    Burst full = record(*sound, s);
+    for (int again = 0; again < 2 && full.gap > 0.4; ++again)
+        full = record(*sound, s);
+    ASSERT_LE(full.gap, 0.4) << "the machine is too busy to time two plays";
     EXPECT_NEAR(full.seconds, 0.5, 0.05);
     EXPECT_GT(full.rms, 1000.0);
     sound->setVolume(50); // about 15 dB less
     EXPECT_NEAR(20 * std::log10(full.rms / record(*sound, s).rms), 15.06, 1.0);
-    // With two voices the second play starts while the first still sounds: the sound lasts longer.
-    EXPECT_NEAR(record(*sound, load(riff(kFormat + chunk("data", tone(0.5, 10000))), 2)).seconds,
-                0.7, 0.06);
+    // With two voices the second play starts while the first still sounds: the sound lasts longer,
+    // by the time between the plays.
+    const Burst two = record(*sound, load(riff(kFormat + chunk("data", tone(0.5, 10000))), 2));
+    EXPECT_NEAR(two.seconds, 0.5 + std::min(two.gap, 0.5), 0.06);
 }

@@ -213,41 +213,19 @@ struct Burst {
 // taking the span from the first loud sample to the last keeps a busy machine's dropouts (silence
 // that the sound server inserts when it falls behind) out of the length.
 Burst record(TDirectSound &sound, structDirectSoundBuffer *s) {
-    WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 22050, 44100, 2, 16, 0};
-    DSCBUFFERDESC desc = {sizeof desc, 0, 3 * 44100, 0, &format, 0, nullptr};
-    IDirectSoundCapture *capture = nullptr;
-    IDirectSoundCaptureBuffer *buffer = nullptr;
-    std::vector<double> x;
     double gap = 0;
-    if (SUCCEEDED(DirectSoundCaptureCreate(nullptr, &capture, nullptr)) &&
-        SUCCEEDED(capture->CreateCaptureBuffer(&desc, &buffer, nullptr)) &&
-        SUCCEEDED(buffer->Start(0))) {
-        // A new capture stream can take a moment to deliver, more so just after another one
-        // closed: wait for its first 50 ms, five seconds at most.
-        DWORD captured = 0, readable = 0, n1 = 0, n2 = 0;
-        for (int waited = 0; waited < 5000 && readable < 2205; waited += 10) {
-            Sleep(10);
-            buffer->GetCurrentPosition(&captured, &readable);
-        }
-        LARGE_INTEGER frequency, first, second;
-        QueryPerformanceFrequency(&frequency);
-        QueryPerformanceCounter(&first);
-        EXPECT_EQ(sound.playSound(s), 1);
-        Sleep(200);
-        QueryPerformanceCounter(&second);
-        EXPECT_EQ(sound.playSound(s), 1);
-        gap = double(second.QuadPart - first.QuadPart) / double(frequency.QuadPart);
-        Sleep(1500);
-        buffer->GetCurrentPosition(&captured, &readable);
-        void *p1 = nullptr, *p2 = nullptr;
-        if (SUCCEEDED(buffer->Lock(0, readable, &p1, &n1, &p2, &n2, 0))) {
-            x.assign(static_cast<std::int16_t *>(p1), static_cast<std::int16_t *>(p1) + n1 / 2);
-            buffer->Unlock(p1, n1, p2, n2);
-        }
-        buffer->Stop();
-    }
-    if (buffer != nullptr) buffer->Release();
-    if (capture != nullptr) capture->Release();
+    const std::vector<std::int16_t> x = vtest::recordWhile(
+        [&] {
+            LARGE_INTEGER frequency, first, second;
+            QueryPerformanceFrequency(&frequency);
+            QueryPerformanceCounter(&first);
+            EXPECT_EQ(sound.playSound(s), 1);
+            Sleep(200);
+            QueryPerformanceCounter(&second);
+            EXPECT_EQ(sound.playSound(s), 1);
+            gap = double(second.QuadPart - first.QuadPart) / double(frequency.QuadPart);
+        },
+        1.5);
     EXPECT_FALSE(x.empty()) << "nothing recorded";
     std::vector<double> power; // mean square of each 10 ms window
     for (std::size_t i = 0; i + 220 <= x.size(); i += 220)

@@ -3,18 +3,9 @@
 // and activated. The clients are the README's (VellMinimal.exe) and the demo (VellDemo.exe), run
 // from beside this program; what they show is read back from the screen, what they play from the
 // sound server's monitor.
-#include <windows.h>
-
-#include <dsound.h>
-#include <gtest/gtest.h>
+#include "harness.h"
 
 #include <algorithm>
-#include <cstring>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -76,29 +67,9 @@ Frame steadyFrame(const Frame &from) {
 
 // The loudest sample heard while `action` runs and for `seconds` after it.
 template <class Action> int loudestWhile(Action action, double seconds) {
-    WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 22050, 44100, 2, 16, 0};
-    DSCBUFFERDESC desc = {sizeof desc, 0, 4 * 44100, 0, &format, 0, nullptr};
-    IDirectSoundCapture *capture = nullptr;
-    IDirectSoundCaptureBuffer *buffer = nullptr;
-    int peak = -1;
-    if (SUCCEEDED(DirectSoundCaptureCreate(nullptr, &capture, nullptr)) &&
-        SUCCEEDED(capture->CreateCaptureBuffer(&desc, &buffer, nullptr)) &&
-        SUCCEEDED(buffer->Start(0))) {
-        action();
-        waitFor([] { return false; }, seconds);
-        DWORD captured = 0, readable = 0, n1 = 0, n2 = 0;
-        buffer->GetCurrentPosition(&captured, &readable);
-        void *p1 = nullptr, *p2 = nullptr;
-        if (SUCCEEDED(buffer->Lock(0, readable, &p1, &n1, &p2, &n2, 0))) {
-            peak = 0;
-            for (const auto *s = static_cast<std::int16_t *>(p1); n1 >= 2; n1 -= 2)
-                peak = std::max(peak, std::abs(int(*s++)));
-            buffer->Unlock(p1, n1, p2, n2);
-        }
-        buffer->Stop();
-    }
-    if (buffer != nullptr) buffer->Release();
-    if (capture != nullptr) capture->Release();
+    int peak = 0;
+    for (std::int16_t sample : vtest::recordWhile(action, seconds))
+        peak = std::max(peak, std::abs(int(sample)));
     return peak;
 }
 
@@ -135,10 +106,7 @@ protected:
     }
     // The clients log to VellDemo.log in their working directory, which is theirs alone until
     // they end.
-    std::string log() {
-        std::ifstream in(dir / "VellDemo.log", std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }
+    std::string log() { return vtest::readFile((dir / "VellDemo.log").string()); }
 
     // Another window takes the foreground for a second and a half; then the client's window is
     // restored and brought to the front, the taskbar's way. Returns what the screen showed while

@@ -398,6 +398,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
         }
     }
     if (IsWindow(base.hWnd)) DestroyWindow(base.hWnd);
+    logTo = nullptr;
     base.DebugOut("VellDemo: done\n");
     return status;
 }

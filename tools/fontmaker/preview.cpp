@@ -66,9 +66,10 @@ bool renderPreview(const std::vector<std::uint8_t> &fontFile, const CodePage &pa
     std::fill(preview.pixels.begin() + std::ptrdiff_t{band} * preview.width, preview.pixels.end(),
               packRGB(kMode565, 24, 40, 88));
 
-    const PixelTarget target{
-        reinterpret_cast<std::uint8_t *>(preview.pixels.data()), std::ptrdiff_t{2} * preview.width,
-        static_cast<std::int32_t>(preview.width), static_cast<std::int32_t>(preview.height)};
+    const PixelTarget target{reinterpret_cast<std::uint8_t *>(preview.pixels.data()),
+                             2 * static_cast<std::ptrdiff_t>(preview.width),
+                             static_cast<std::int32_t>(preview.width),
+                             static_cast<std::int32_t>(preview.height)};
     const auto print = [&](int y, const std::vector<unsigned char> &text, std::uint16_t colour) {
         printGlyphs(target, glyphs, kMargin, y, text.data(), colour, 0, kMode565);
     };

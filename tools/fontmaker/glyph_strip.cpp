@@ -122,9 +122,10 @@ bool readFontFile(const std::string &path, FontSource &font, std::string &error)
     while ((got = std::fread(block, 1, sizeof block, file)) > 0 && font.bytes.size() < kMaxFontFile)
         font.bytes.insert(font.bytes.end(), block, block + got);
     const bool failed = std::ferror(file) != 0;
+    const int cause = errno;
     std::fclose(file);
     if (failed)
-        error = "cannot read " + path;
+        error = "cannot read " + path + ": " + std::strerror(cause);
     else if (font.bytes.size() >= kMaxFontFile)
         error = path + " is too large for a font file";
     return error.empty();

@@ -45,11 +45,14 @@ ExternalProject_Add(vell_zlib_build
     SOURCE_DIR ${VELL_ZLIB_SOURCE}
     INSTALL_DIR ${VELL_ZLIB_PREFIX}
     CMAKE_ARGS ${_common}
+    # Only the static library and its two headers (zconf.h is made by the build), put in place by
+    # the build step, which names them as its products: a rebuilt library relinks the programs.
     BUILD_COMMAND ${_build} --target zlibstatic
-    # Only the static library and its two headers (zconf.h is made by the build).
-    INSTALL_COMMAND ${CMAKE_COMMAND} -E copy <BINARY_DIR>/libzlibstatic.a <INSTALL_DIR>/lib/
-            COMMAND ${CMAKE_COMMAND} -E copy <BINARY_DIR>/zconf.h <SOURCE_DIR>/zlib.h
-                    <INSTALL_DIR>/include/
+          COMMAND ${CMAKE_COMMAND} -E make_directory <INSTALL_DIR>/lib
+          COMMAND ${CMAKE_COMMAND} -E copy <BINARY_DIR>/libzlibstatic.a <INSTALL_DIR>/lib/
+          COMMAND ${CMAKE_COMMAND} -E copy <BINARY_DIR>/zconf.h <SOURCE_DIR>/zlib.h
+                  <INSTALL_DIR>/include/
+    INSTALL_COMMAND ""
     BUILD_BYPRODUCTS ${_zlib})
 
 # FreeType flattens curves by another method where the compiler has no SSE2 (ftgrays.c), and a few
@@ -72,7 +75,8 @@ ExternalProject_Add(vell_freetype_build
                -DZLIB_INCLUDE_DIR=${VELL_ZLIB_PREFIX}/include -DZLIB_LIBRARY=${_zlib}
                -DFT_DISABLE_BZIP2=ON -DFT_DISABLE_HARFBUZZ=ON -DFT_DISABLE_PNG=ON
                -DFT_DISABLE_BROTLI=ON ${_freetype_flags}
-    BUILD_COMMAND ${_build}
+    BUILD_COMMAND ${_build} COMMAND ${CMAKE_COMMAND} --install <BINARY_DIR>
+    INSTALL_COMMAND ""
     DEPENDS vell_zlib_build
     BUILD_BYPRODUCTS ${_freetype})
 

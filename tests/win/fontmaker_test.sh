@@ -3,15 +3,15 @@
 # by installed face, the same bytes (font and preview); the font made from the face prints as a
 # TDirectFont; bad input fails with a message and writes nothing. Paths are given as Windows
 # writes them (Z:\...\a b).
-#   fontmaker_test.sh WINE ZIP's-vell-fontmaker.exe LINUX-vell-fontmaker text_tests.exe WORKDIR
+#   fontmaker_test.sh WINE UNPACKED-ZIPS LINUX-vell-fontmaker text_tests.exe WORKDIR
 # Exit 77 (skipped) without the Linux program or the DejaVu fonts.
-wine=$1 windows=$2 linux=$3 text_tests=$4 work=$5/"with space"
+wine=$1 windows=$(echo "$2"/VellBase-*/bin/vell-fontmaker.exe) linux=$3 text_tests=$4 work=$5/"with space"
 dejavu=/usr/share/fonts/truetype/dejavu
 [ -x "$linux" ] && [ -f "$dejavu/DejaVuSans-Bold.ttf" ] || {
     echo "skipped: no $linux (the host build) or no DejaVu fonts"
     exit 77
 }
-[ -f "$windows" ] || { echo "FAILED: no $windows"; exit 1; }
+[ -f "$windows" ] || { echo "FAILED: no $2/VellBase-*/bin/vell-fontmaker.exe"; exit 1; }
 rm -rf "$work" && mkdir -p "$work" || exit 1
 win() { printf 'Z:%s' "$1" | tr / '\\'; }
 failures=0

@@ -1,6 +1,7 @@
 # Set-up shared by tools/demo.sh and tools/test.sh. Source it, then call what you need:
 #
-#   vell_install_packages    Debian packages the project needs, installed when missing
+#   vell_install_packages    Debian packages the project needs, installed when missing, and the
+#                            Debian sources the Windows font maker is built from (build/sources)
 #   vell_wine_prefix BUILD   the Wine prefix of a Windows build (build/wine/BUILD), made once
 #   vell_plain_prefix BUILD  a second one without Wine's virtual desktop (build/wine-plain/BUILD)
 #   vell_start_xvfb VAR DEPTH  an Xvfb screen of 1024x768 at DEPTH bits; exports VAR=":N"
@@ -15,7 +16,7 @@ VELL_PACKAGES=(
     cmake ninja-build git unzip g++ clang clang-format libclang-rt-14-dev googletest libbenchmark-dev
     cloc lld llvm libwine-dev
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools python3 python3-pil
-    libfreetype-dev fonts-dejavu-core
+    libfreetype-dev zlib1g-dev fonts-dejavu-core
     wine64 wine xvfb xauth x11-utils pulseaudio pulseaudio-utils sox imagemagick
 )
 # The Wine loader of each Windows build: the i686 build (VellBase.dll as it ships) runs under
@@ -82,6 +83,9 @@ vell_installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'inst
 # one then resolves it. The pin is only written when the install fails without it, and no install
 # that would remove a package is ever made.
 vell_install_packages() {
+    vell_install_missing && vell_fetch_sources
+}
+vell_install_missing() {
     local missing=() pkg sudo=
     [ "$(id -u)" -eq 0 ] || sudo=sudo
     for pkg in "${VELL_PACKAGES[@]}"; do
@@ -117,6 +121,53 @@ vell_install_packages() {
         vell_plan || { vell_log "apt-get cannot install: ${missing[*]}"; return 1; }
     fi
     $sudo "${install[@]}" "${missing[@]}" >/dev/null || { vell_log "apt-get install failed"; return 1; }
+}
+
+# The font maker's libraries for MinGW, which Debian packages for the native compiler only: their
+# Debian source packages, of exactly the version the native build links (so that both programs
+# render alike), unpacked with Debian's patches into build/sources/NAME; NAME/.vell-version holds
+# the version. CMake builds them with the Windows builds. apt learns where the sources are from a
+# deb-src entry for the archives of /etc/apt/sources.list.d/debian.sources (or of the deb lines
+# of /etc/apt/sources.list), written once to /etc/apt/sources.list.d/vell-deb-src.*.
+VELL_SOURCES=(freetype:libfreetype6 zlib:zlib1g)
+vell_fetch_sources() {
+    local dir=$VELL_BUILD/sources entry name version sudo= wanted=()
+    [ "$(id -u)" -eq 0 ] || sudo=sudo
+    for entry in "${VELL_SOURCES[@]}"; do
+        name=${entry%%:*}
+        version=$(dpkg-query -W -f='${source:Version}' "${entry#*:}:$(dpkg --print-architecture)") ||
+            return 1
+        [ "$(cat "$dir/$name/.vell-version" 2>/dev/null)" = "$version" ] || wanted+=("$name=$version")
+    done
+    [ ${#wanted[@]} -eq 0 ] && return 0
+    if ! apt-cache showsrc "${wanted[0]%%=*}" 2>/dev/null | grep -qx "Version: ${wanted[0]#*=}"; then
+        local list=/etc/apt/sources.list.d/debian.sources
+        if [ -f "$list" ] && [ ! -f /etc/apt/sources.list.d/vell-deb-src.sources ]; then
+            vell_log "adding a deb-src entry for the archives of $list"
+            sed -E 's/^Types:.*/Types: deb-src/' "$list" |
+                $sudo tee /etc/apt/sources.list.d/vell-deb-src.sources >/dev/null
+        elif [ ! -f "$list" ] && [ ! -f /etc/apt/sources.list.d/vell-deb-src.list ]; then
+            vell_log "adding deb-src lines for the archives of /etc/apt/sources.list"
+            sed -nE 's/^deb[[:space:]]/deb-src /p' /etc/apt/sources.list |
+                $sudo tee /etc/apt/sources.list.d/vell-deb-src.list >/dev/null
+        fi
+        $sudo apt-get update -qq >/dev/null 2>&1 || vell_log "apt-get update reported errors; going on"
+    fi
+    mkdir -p "$dir/download"
+    for entry in "${wanted[@]}"; do
+        name=${entry%%=*}
+        vell_log "fetching the Debian sources of $entry"
+        rm -rf "$dir/download"/* "$dir/$name"
+        if ! (cd "$dir/download" && apt-get source -q "$entry" >source.log 2>&1); then
+            vell_log "apt-get source $entry failed; its last words:"
+            tail -n 5 "$dir/download/source.log" | sed 's/^/[vell]   /' >&2
+            return 1
+        fi
+        # The one folder dpkg-source unpacked, whatever its name.
+        mv "$(find "$dir/download" -mindepth 1 -maxdepth 1 -type d)" "$dir/$name" &&
+            printf '%s\n' "${entry#*=}" >"$dir/$name/.vell-version" || return 1
+    done
+    rm -rf "$dir/download"
 }
 
 # Makes (once) and settles a Wine prefix: vell_make_prefix DIR LOADER DESKTOP, DESKTOP "yes" or

@@ -58,7 +58,9 @@ TEST(FontMaker, GlyphsAreFreeTypesRenderingOnOneBaseline) {
             test.size, findCodePage(test.codePage), test.mono, test.spacing, test.first, test.last};
         GlyphStrip strip;
         std::string error;
-        ASSERT_TRUE(makeGlyphStrip(VELL_DEJAVU_SANS, options, strip, error)) << error;
+        FontSource source;
+        ASSERT_TRUE(readFontFile(VELL_DEJAVU_SANS, source, error)) << error;
+        ASSERT_TRUE(makeGlyphStrip(source, options, strip, error)) << error;
         const std::vector<std::uint8_t> file = fontBitmap(strip, false);
         vell::FontImage font;
         ASSERT_TRUE(vell::parseFontFile(file.data(), file.size(), font));

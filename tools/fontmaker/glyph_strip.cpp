@@ -2,18 +2,25 @@
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_MODULE_H
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#include "tools/fontmaker/platform.h"
 
 namespace vell::fontmaker {
 namespace {
 
+constexpr std::size_t kMaxFontFile = std::size_t{1} << 28; // 256 MiB: no font is that large
+
 struct LibraryDone {
-    void operator()(FT_Library library) const { FT_Done_FreeType(library); }
+    void operator()(FT_Library library) const { FT_Done_Library(library); }
 };
 struct FaceDone {
     void operator()(FT_Face face) const { FT_Done_Face(face); }
@@ -80,35 +87,103 @@ unsigned ceilScaled(long units, unsigned pixelsPerEm, unsigned unitsPerEm) {
                                  unitsPerEm);
 }
 
+// FreeType's memory: the C heap.
+void *allocate(FT_Memory, long size) {
+    return std::malloc(static_cast<std::size_t>(size));
+}
+void release(FT_Memory, void *block) {
+    std::free(block);
+}
+void *reallocate(FT_Memory, long, long size, void *block) {
+    return std::realloc(block, static_cast<std::size_t>(size));
+}
+FT_MemoryRec_ memory{nullptr, allocate, release, reallocate};
+
+bool sameName(const char *a, const std::string &b) {
+    if (a == nullptr || std::strlen(a) != b.size()) return false;
+    return std::equal(b.begin(), b.end(), a, [](char x, char y) {
+        return std::tolower(static_cast<unsigned char>(x)) ==
+               std::tolower(static_cast<unsigned char>(y));
+    });
+}
+
 } // namespace
 
-bool makeGlyphStrip(const std::string &path, const StripOptions &options, GlyphStrip &strip,
-                    std::string &error) {
-    strip = GlyphStrip();
-    if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
-        std::fclose(file);
-    } else {
+bool readFontFile(const std::string &path, FontSource &font, std::string &error) {
+    font = FontSource();
+    font.name = path;
+    std::FILE *file = openFile(path, "rb");
+    if (file == nullptr) {
         error = "cannot read " + path + ": " + std::strerror(errno);
         return false;
     }
+    std::uint8_t block[65536];
+    std::size_t got = 0;
+    while ((got = std::fread(block, 1, sizeof block, file)) > 0 && font.bytes.size() < kMaxFontFile)
+        font.bytes.insert(font.bytes.end(), block, block + got);
+    const bool failed = std::ferror(file) != 0;
+    const int cause = errno;
+    std::fclose(file);
+    if (failed)
+        error = "cannot read " + path + ": " + std::strerror(cause);
+    else if (font.bytes.size() >= kMaxFontFile)
+        error = path + " is too large for a font file";
+    return error.empty();
+}
+
+bool makeGlyphStrip(const FontSource &font, const StripOptions &options, GlyphStrip &strip,
+                    std::string &error) {
+    strip = GlyphStrip();
+    // A library of FreeType's own modules with their built-in settings: FT_Init_FreeType would
+    // also take settings from the environment (FREETYPE_PROPERTIES), and one machine's setting
+    // would then change the font made from a file.
     FT_Library rawLibrary = nullptr;
-    if (FT_Init_FreeType(&rawLibrary) != 0) {
+    if (FT_New_Library(&memory, &rawLibrary) != 0) {
         error = "FreeType cannot start";
         return false;
     }
     const Library library(rawLibrary);
-    FT_Face rawFace = nullptr;
-    if (FT_New_Face(library.get(), path.c_str(), 0, &rawFace) != 0) {
-        error = path + " is not a font file (TrueType, OpenType or another kind FreeType reads)";
+    FT_Add_Default_Modules(library.get());
+    const auto open = [&](FT_Long index) {
+        FT_Face face = nullptr;
+        FT_New_Memory_Face(library.get(), font.bytes.data(),
+                           static_cast<FT_Long>(font.bytes.size()), index, &face);
+        return Face(face);
+    };
+    Face face = open(0);
+    if (face == nullptr) {
+        error =
+            font.name + " is not a font file (TrueType, OpenType or another kind FreeType reads)";
         return false;
     }
-    const Face face(rawFace);
+    // Of a collection, the face of the family and style asked for.
+    const auto wanted = [&](FT_Face f) {
+        return sameName(f->family_name, font.family) &&
+               font.bold == ((f->style_flags & FT_STYLE_FLAG_BOLD) != 0) &&
+               font.italic == ((f->style_flags & FT_STYLE_FLAG_ITALIC) != 0);
+    };
+    if (!font.family.empty() && face->num_faces > 1 && !wanted(face.get()))
+        for (FT_Long index = 1; index < face->num_faces; ++index)
+            if (Face other = open(index); other != nullptr && wanted(other.get())) {
+                face = std::move(other);
+                break;
+            }
+    if (font.bold && (face->style_flags & FT_STYLE_FLAG_BOLD) == 0) {
+        error = "no bold face of " + font.name +
+                " is installed (Windows would only thicken the regular one)";
+        return false;
+    }
+    if (font.italic && (face->style_flags & FT_STYLE_FLAG_ITALIC) == 0) {
+        error = "no italic face of " + font.name +
+                " is installed (Windows would only slant the regular one)";
+        return false;
+    }
     if (!FT_IS_SCALABLE(face.get()) || face->units_per_EM == 0) {
-        error = path + " holds no outlines: only a scalable font can be made at any size";
+        error = font.name + " holds no outlines: only a scalable font can be made at any size";
         return false;
     }
     if (FT_Select_Charmap(face.get(), FT_ENCODING_UNICODE) != 0) {
-        error = path + " has no Unicode character map";
+        error = font.name + " has no Unicode character map";
         return false;
     }
     strip.family = std::string(face->family_name ? face->family_name : "?") + " " +

@@ -39,9 +39,20 @@ struct GlyphStrip {
     std::string family;    // the font's family and style, for messages
 };
 
-// Renders the strip of the font file at path. False, with one line in error, when the file
-// cannot be read or is not a scalable font with Unicode characters, or when no size fits.
-bool makeGlyphStrip(const std::string &path, const StripOptions &options, GlyphStrip &strip,
+// A font's file in memory, read from a path or taken from an installed font (installed_font.h).
+struct FontSource {
+    std::string name;                  // the path or the face name, for messages
+    std::vector<std::uint8_t> bytes;   // the whole file
+    std::string family;                // of a collection, the face of this family is taken
+    bool bold = false, italic = false; // and the face must be bold or italic itself
+};
+
+// Reads the file at path (UTF-8). False, with one line in error, when it cannot be read.
+bool readFontFile(const std::string &path, FontSource &font, std::string &error);
+
+// Renders the strip of the font. False, with one line in error, when the font is not a scalable
+// font with Unicode characters (or lacks the style asked for), or when no size fits.
+bool makeGlyphStrip(const FontSource &font, const StripOptions &options, GlyphStrip &strip,
                     std::string &error);
 
 } // namespace vell::fontmaker

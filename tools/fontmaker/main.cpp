@@ -12,24 +12,31 @@
 #include "tools/fontmaker/code_pages.h"
 #include "tools/fontmaker/font_bitmap.h"
 #include "tools/fontmaker/glyph_strip.h"
+#include "tools/fontmaker/platform.h"
 #include "tools/fontmaker/preview.h"
 
 namespace {
 
 using namespace vell::fontmaker;
 
-const char kUsage[] = "usage: vell-fontmaker [options] FONTFILE OUT.bmp";
+const char kUsage[] = "usage: vell-fontmaker [options] FONTFILE OUT.bmp\n"
+                      "       vell-fontmaker [options] --face NAME OUT.bmp";
 
 void printHelp() {
     std::printf("%s\n\n", kUsage);
     std::puts(
         "Renders the characters 32 to 255 of an 8-bit code page from a TrueType or OpenType font\n"
-        "(any scalable font FreeType reads) into a font file for the library: an uncompressed\n"
-        "8-bit BMP strip of glyphs side by side, one byte of coverage per pixel (0 blank, 255\n"
-        "full ink), with one more row at the bottom that marks with a non-zero byte the column\n"
-        "where each character's cell ends (code 32 first).\n"
+        "(any scalable font FreeType reads, or a font installed on Windows) into a font file for\n"
+        "the library: an uncompressed 8-bit BMP strip of glyphs side by side, one byte of\n"
+        "coverage per pixel (0 blank, 255 full ink), with one more row at the bottom that marks\n"
+        "with a non-zero byte the column where each character's cell ends (code 32 first). The\n"
+        "same font file and options give the same bytes on Windows and on Linux.\n"
         "\n"
         "Options:\n"
+        "  --face NAME     on Windows: the installed font of this name (as the font list of any\n"
+        "                  Windows program shows it) instead of a FONTFILE; a name no installed\n"
+        "                  font has is an error. The font's file is rendered as from FONTFILE.\n"
+        "  --bold, --italic  with --face: its bold or italic face, which must be installed.\n"
         "  --size PX       glyph rows, the line height of printed text, 1 to 255 (default 16).\n"
         "                  The font is drawn at the largest whole pixels-per-em size at which its\n"
         "                  ascender and descender, each rounded up to whole pixels, fit in PX "
@@ -60,7 +67,8 @@ void printHelp() {
         "name and renamed. The exit status is 0 on success, 1 when the font or an output file\n"
         "fails, 2 for a wrong command line.\n"
         "\n"
-        "Example: vell-fontmaker --size 16 /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf "
+        "Examples: vell-fontmaker --size 16 --face \"DejaVu Sans\" font.bmp\n"
+        "          vell-fontmaker --size 16 /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf "
         "font.bmp");
 }
 
@@ -85,7 +93,7 @@ std::string temporaryName(const std::string &path) {
 
 bool writeFile(const std::string &path, const std::vector<std::uint8_t> &bytes,
                std::string &error) {
-    std::FILE *file = std::fopen(path.c_str(), "wb");
+    std::FILE *file = openFile(path, "wb");
     bool ok = file != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
     const int cause = errno;
     if (file != nullptr && std::fclose(file) != 0) ok = false;
@@ -105,7 +113,8 @@ bool writeAll(std::vector<Output> &outputs, std::string &error) {
     std::error_code ignored;
     const auto undo = [&](std::size_t renamed) {
         for (std::size_t i = 0; i < outputs.size(); ++i)
-            std::filesystem::remove(i < renamed ? outputs[i].path : outputs[i].temporary, ignored);
+            std::filesystem::remove(filePath(i < renamed ? outputs[i].path : outputs[i].temporary),
+                                    ignored);
     };
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         Output &out = outputs[i];
@@ -119,7 +128,7 @@ bool writeAll(std::vector<Output> &outputs, std::string &error) {
     }
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         std::error_code code;
-        std::filesystem::rename(outputs[i].temporary, outputs[i].path, code);
+        std::filesystem::rename(filePath(outputs[i].temporary), filePath(outputs[i].path), code);
         if (code) {
             undo(i);
             error = "cannot write " + outputs[i].path + ": " + code.message();
@@ -132,14 +141,16 @@ bool writeAll(std::vector<Output> &outputs, std::string &error) {
 } // namespace
 
 int main(int argc, char **argv) {
+    const std::vector<std::string> args = commandLine(argc, argv);
     StripOptions options;
     options.codePage = &kCodePages[0];
     bool topDown = false;
-    std::string previewPath;
+    bool bold = false, italic = false;
+    std::string previewPath, face;
     std::vector<std::string> files;
 
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string &arg = args[i];
         if (arg == "--help" || arg == "-h") {
             printHelp();
             return 0;
@@ -148,10 +159,12 @@ int main(int argc, char **argv) {
             options.mono = true;
         } else if (arg == "--top-down") {
             topDown = true;
+        } else if (arg == "--bold" || arg == "--italic") {
+            (arg == "--bold" ? bold : italic) = true;
         } else if (arg == "--size" || arg == "--codepage" || arg == "--spacing" ||
-                   arg == "--first" || arg == "--last" || arg == "--preview") {
-            if (i + 1 == argc) return fail(2, arg + " needs a value");
-            const std::string value = argv[++i];
+                   arg == "--first" || arg == "--last" || arg == "--preview" || arg == "--face") {
+            if (i + 1 == args.size()) return fail(2, arg + " needs a value");
+            const std::string &value = args[++i];
             bool ok = true;
             if (arg == "--size") {
                 ok = parseNumber(value, 1, 255, options.size);
@@ -163,6 +176,8 @@ int main(int argc, char **argv) {
                 ok = parseNumber(value, 32, 255, options.last);
             } else if (arg == "--preview") {
                 previewPath = value;
+            } else if (arg == "--face") {
+                face = value;
             } else if ((options.codePage = findCodePage(value)) == nullptr) {
                 return fail(2, "unknown code page \"" + value + "\": use " + codePageNames());
             }
@@ -179,18 +194,25 @@ int main(int argc, char **argv) {
             files.push_back(arg);
         }
     }
-    if (files.size() != 2) return fail(2, std::string(kUsage) + " (see --help)");
+    if (files.size() != (face.empty() ? 2u : 1u))
+        return fail(2, std::string(kUsage) + " (see --help)");
+    if ((bold || italic) && face.empty())
+        return fail(2, "--bold and --italic choose a face of an installed font (with --face)");
     if (options.first > options.last)
         return fail(2, "--first " + std::to_string(options.first) + " lies after --last " +
                            std::to_string(options.last));
-    const std::string &fontPath = files[0], &outPath = files[1];
-    if (!previewPath.empty() && std::filesystem::path(previewPath).lexically_normal() ==
-                                    std::filesystem::path(outPath).lexically_normal())
+    const std::string &outPath = files.back();
+    if (!previewPath.empty() &&
+        filePath(previewPath).lexically_normal() == filePath(outPath).lexically_normal())
         return fail(2, "the preview and the font file must be different files");
 
+    FontSource font;
     GlyphStrip strip;
     std::string error;
-    if (!makeGlyphStrip(fontPath, options, strip, error)) return fail(1, error);
+    if (!(face.empty() ? readFontFile(files[0], font, error)
+                       : loadInstalledFont(face, bold, italic, font, error)) ||
+        !makeGlyphStrip(font, options, strip, error))
+        return fail(1, error);
     if (strip.width > vell::kMaxFontWidth)
         return fail(1, "the strip would be " + std::to_string(strip.width) +
                            " columns wide, more than the library reads (" +

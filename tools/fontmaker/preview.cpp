@@ -1,6 +1,6 @@
 #include "tools/fontmaker/preview.h"
 
-#include <png.h>
+#include <zlib.h>
 
 #include <algorithm>
 
@@ -66,9 +66,10 @@ bool renderPreview(const std::vector<std::uint8_t> &fontFile, const CodePage &pa
     std::fill(preview.pixels.begin() + std::ptrdiff_t{band} * preview.width, preview.pixels.end(),
               packRGB(kMode565, 24, 40, 88));
 
-    const PixelTarget target{
-        reinterpret_cast<std::uint8_t *>(preview.pixels.data()), std::ptrdiff_t{2} * preview.width,
-        static_cast<std::int32_t>(preview.width), static_cast<std::int32_t>(preview.height)};
+    const PixelTarget target{reinterpret_cast<std::uint8_t *>(preview.pixels.data()),
+                             2 * static_cast<std::ptrdiff_t>(preview.width),
+                             static_cast<std::int32_t>(preview.width),
+                             static_cast<std::int32_t>(preview.height)};
     const auto print = [&](int y, const std::vector<unsigned char> &text, std::uint16_t colour) {
         printGlyphs(target, glyphs, kMargin, y, text.data(), colour, 0, kMode565);
     };
@@ -81,30 +82,48 @@ bool renderPreview(const std::vector<std::uint8_t> &fontFile, const CodePage &pa
 }
 
 bool encodePng(const Preview &preview, std::vector<std::uint8_t> &png, std::string &error) {
-    std::vector<std::uint8_t> rgb;
-    rgb.reserve(preview.pixels.size() * 3);
-    for (const std::uint16_t pixel : preview.pixels) {
-        const Channels c = split<kMode565>(pixel);
-        rgb.push_back(static_cast<std::uint8_t>(c.red << 3 | c.red >> 2));
-        rgb.push_back(static_cast<std::uint8_t>(c.green << 2 | c.green >> 4));
-        rgb.push_back(static_cast<std::uint8_t>(c.blue << 3 | c.blue >> 2));
+    // Each row: filter type 0 (none), then its red, green and blue bytes.
+    std::vector<std::uint8_t> rows;
+    rows.reserve(preview.height * (1 + std::size_t{preview.width} * 3));
+    for (std::size_t i = 0; i < preview.pixels.size(); ++i) {
+        if (i % preview.width == 0) rows.push_back(0);
+        const Channels c = split<kMode565>(preview.pixels[i]);
+        rows.push_back(static_cast<std::uint8_t>(c.red << 3 | c.red >> 2));
+        rows.push_back(static_cast<std::uint8_t>(c.green << 2 | c.green >> 4));
+        rows.push_back(static_cast<std::uint8_t>(c.blue << 3 | c.blue >> 2));
     }
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = preview.width;
-    image.height = preview.height;
-    image.format = PNG_FORMAT_RGB;
-    png_alloc_size_t size = 0;
-    if (png_image_write_to_memory(&image, nullptr, &size, 0, rgb.data(), 0, nullptr)) {
-        png.resize(size);
-        if (png_image_write_to_memory(&image, png.data(), &size, 0, rgb.data(), 0, nullptr)) {
-            png.resize(size);
-            return true;
-        }
+    uLongf packedSize = compressBound(static_cast<uLong>(rows.size()));
+    std::vector<std::uint8_t> packed(packedSize);
+    if (compress2(packed.data(), &packedSize, rows.data(), static_cast<uLong>(rows.size()),
+                  Z_BEST_COMPRESSION) != Z_OK) {
+        error = "cannot make the preview picture: zlib failed";
+        return false;
     }
-    error = std::string("cannot make the preview picture: ") + image.message;
-    png_image_free(&image);
-    return false;
+    packed.resize(packedSize);
+
+    const auto put32 = [&png](std::uint32_t value) {
+        for (int shift = 24; shift >= 0; shift -= 8)
+            png.push_back(static_cast<std::uint8_t>(value >> shift));
+    };
+    // A chunk: length, type, data, and the CRC of type and data.
+    const auto chunk = [&](const char *type, const std::vector<std::uint8_t> &data) {
+        put32(static_cast<std::uint32_t>(data.size()));
+        const std::size_t start = png.size();
+        png.insert(png.end(), type, type + 4);
+        png.insert(png.end(), data.begin(), data.end());
+        put32(static_cast<std::uint32_t>(
+            crc32(0, &png[start], static_cast<uInt>(png.size() - start))));
+    };
+    png.assign({0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'});
+    std::vector<std::uint8_t> header;
+    for (const std::uint32_t value : {preview.width, preview.height})
+        for (int shift = 24; shift >= 0; shift -= 8)
+            header.push_back(static_cast<std::uint8_t>(value >> shift));
+    header.insert(header.end(), {8, 2, 0, 0, 0}); // 8 bits per channel, RGB, deflate, no interlace
+    chunk("IHDR", header);
+    chunk("IDAT", packed);
+    chunk("IEND", {});
+    return true;
 }
 
 } // namespace vell::fontmaker

@@ -21,7 +21,8 @@ struct Preview {
 bool renderPreview(const std::vector<std::uint8_t> &fontFile, const CodePage &page,
                    Preview &preview);
 
-// The preview as a PNG file's bytes (8-bit RGB, each channel widened by repeating its top bits).
+// The preview as a PNG file's bytes (8-bit RGB, each channel widened by repeating its top bits),
+// compressed by zlib alone, so that a given zlib version writes the same bytes everywhere.
 bool encodePng(const Preview &preview, std::vector<std::uint8_t> &png, std::string &error);
 
 } // namespace vell::fontmaker

@@ -16,7 +16,7 @@ VELL_PACKAGES=(
     cmake ninja-build git unzip g++ clang clang-format libclang-rt-14-dev googletest libbenchmark-dev
     cloc lld llvm libwine-dev
     g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools python3 python3-pil
-    libfreetype-dev zlib1g-dev fonts-dejavu-core
+    libfreetype-dev zlib1g-dev dpkg-dev fonts-dejavu-core
     wine64 wine xvfb xauth x11-utils pulseaudio pulseaudio-utils sox imagemagick
 )
 # The Wine loader of each Windows build: the i686 build (VellBase.dll as it ships) runs under

@@ -42,17 +42,44 @@ template <std::uint32_t Mode> void proveLayout() {
                 };
                 const auto dw = std::uint16_t(join<Mode>(dc) | high);
                 const auto sw = std::uint16_t(join<Mode>(sc) | high);
-                ASSERT_EQ(mix<Mode>(dw, sw, a),
-                          join<Mode>({want(dc.blue, sc.blue), want(dc.green, sc.green),
-                                      want(dc.red, sc.red)}))
-                    << d << " " << s << " " << a;
-                ASSERT_EQ(mixPixel(Mode, dw, sw, a), mix<Mode>(dw, sw, a));
+                const std::uint16_t mixed = join<Mode>(
+                    {want(dc.blue, sc.blue), want(dc.green, sc.green), want(dc.red, sc.red)});
+                ASSERT_EQ(mix<Mode>(dw, sw, a), mixed) << d << " " << s << " " << a;
+                ASSERT_EQ(mixPixel(Mode, dw, sw, a), mixed) << d << " " << s << " " << a;
             }
 }
 
 TEST(PixelFormat, SplitJoinPackAndMixForEveryValue) {
     proveLayout<kMode555>();
     proveLayout<kMode565>();
+}
+
+// The visible part of a w x h image at (x, y) on a 10 x 8 target, as left,top,right,bottom.
+TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
+    const struct {
+        std::int32_t x, y;
+        std::uint32_t w, h;
+        const char *want;
+    } cases[] = {
+        {2, 1, 4, 3, "2,1,6,4"},
+        {-2, -1, 4, 3, "0,0,2,2"},
+        {8, 6, 4, 3, "8,6,10,8"},
+        {-4, 0, 4, 3, "none"},
+        {10, 0, 4, 3, "none"},
+        {0, 8, 4, 3, "none"},
+        {1, 1, 0, 3, "none"},
+        {INT32_MAX, 0, ~0u, 1, "none"}, // no overflow
+        {INT32_MIN, 2, ~0u, 1, "0,2,10,3"},
+    };
+    for (const auto &c : cases) {
+        ClipRect r = {};
+        const bool any = visiblePart(10, 8, c.x, c.y, c.w, c.h, r);
+        EXPECT_EQ(any ? std::to_string(r.left) + "," + std::to_string(r.top) + "," +
+                            std::to_string(r.right) + "," + std::to_string(r.bottom)
+                      : "none",
+                  c.want)
+            << c.x << "," << c.y << " " << c.w << "x" << c.h;
+    }
 }
 
 // The reference loops of Paint (opacity -1 here) and Blend on random images, against the rules
@@ -105,8 +132,8 @@ TEST(Compose, ScalarLoopsFollowTheRulesPixelByPixel) {
         const PixelTarget target = {reinterpret_cast<std::uint8_t *>(&memory[start]), pitch * 2, W,
                                     H};
         const Sources src = paintSources(image, colourArg, alphaArg);
-        ASSERT_EQ(opacity == -1 ? paintImageScalar(target, x, y, src, mode)
-                                : blendImageScalar(target, x, y, src, opacity, mode),
+        ASSERT_EQ(opacity == -1 ? paintImage(SimdPath::Scalar, target, x, y, src, mode)
+                                : blendImage(SimdPath::Scalar, target, x, y, src, opacity, mode),
                   drawable || opacity == 0)
             << "trial " << trial;
         ASSERT_EQ(memory, want) << "trial " << trial;
@@ -154,10 +181,12 @@ TEST(Tga, CraftedFiles) {
         {whole, 1, 0, "3x2 A", ""},
         {tgaFile(3, 2, 32, 0x08), 2, 0, "3x2 C", ""},
         {tgaFile(3, 2, 32, 0x20), 0, 0, "3x2 C", ""},
+        {tgaFile(3, 2, 32, 0x18), 0, 0, "3x2 CA", ""}, // bit 4 (right to left) is no alpha bit
         {tgaFile(3, 2, 32, 0x04), 0, 0, "3x2 C", unknown},
         {tgaFile(4, 2, 24, 0), 1, 0, "4x2 ", ""},
         {withId, 0, 0, "3x2 C", ""},
         {tgaFile(0, 7, 24, 0), 0, 0, "0x0 ", ""},
+        {tgaFile(3, 0, 24, 0), 0, 0, "0x0 ", ""}, // the header alone holds all 0 rows
         {tgaFile(3, 2, 24, 0, 0, 1, 1), 0, 0, "0x0 ", wrong + "has a color table!"},
         {tgaFile(3, 2, 24, 0, 0, 10), 0, 0, "0x0 ",
          wrong + "has compression and/or isn't stored in TrueColor format!\n"},

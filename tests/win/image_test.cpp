@@ -54,9 +54,10 @@ TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
                     const vell::ImagePlanes planes = {7, 5, sprite.lpAlpha, sprite.lpRGB};
                     const vell::Sources src = vell::paintSources(planes, colour, alpha);
                     if (opacity == ~0ul)
-                        vell::paintImageScalar(target, at.x, at.y, src, mode);
+                        vell::paintImage(vell::SimdPath::Scalar, target, at.x, at.y, src, mode);
                     else
-                        vell::blendImageScalar(target, at.x, at.y, src, opacity, mode);
+                        vell::blendImage(vell::SimdPath::Scalar, target, at.x, at.y, src, opacity,
+                                         mode);
                     EXPECT_TRUE(opacity == ~0ul
                                     ? sprite.Paint(surface, at.x, at.y, colour, alpha)
                                     : sprite.Blend(surface, at.x, at.y, opacity, colour, alpha));

@@ -10,6 +10,11 @@
 #include <cstddef>
 #include <cstdint>
 
+// Forced inlining, the one spelling of it in the row loops: GCC would otherwise stop inlining
+// the vector helpers once a file holds as many loops as the row-loop files do, and a call per
+// block costs more than the block.
+#define VELL_FORCE_INLINE inline __attribute__((always_inline))
+
 namespace vell {
 
 // d: n destination words; rgb: n source words, or null for `colour` everywhere; alpha: n bytes, or

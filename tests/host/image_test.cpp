@@ -1,11 +1,13 @@
-// The pixel rules proved exhaustively, the painting loops against a pixel-by-pixel reading of the
-// rules on random images, and the TGA loader on crafted files.
+// The pixel rules proved exhaustively, the painting loops of every path against a pixel-by-pixel
+// reading of the rules on random images, and the TGA loader on crafted files. Built into the host
+// tests and the Windows image tests.
 #include "image/compose.h"
 #include "image/tga.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -82,31 +84,42 @@ TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
     }
 }
 
-// The reference loops of Paint (opacity -1 here) and Blend on random images, against the rules
-// read pixel by pixel (every other path is held to these loops by simd_test).
-TEST(Compose, ScalarLoopsFollowTheRulesPixelByPixel) {
+// Paint (opacity -1 here) and Blend on random images, on every path this processor runs, against
+// the rules read pixel by pixel. Every tenth image is wide and low (a few long rows); alpha is
+// noise or runs long enough to fill whole vectors with 0 or 255; planes and rows start at odd
+// words and rows have odd pitches: no alignment is assumed.
+TEST(Compose, EveryPathFollowsTheRulesPixelByPixel) {
+    std::printf("pixel paths:");
+    for (std::size_t k = 0; k < simdPaths().count; ++k)
+        std::printf(" %s", simdPathName(simdPaths().path[k]));
+    std::printf(" (drawing with %s)\n", simdPathName(simdPath()));
     std::mt19937 random(20261123);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
     auto oneOf = [&](std::vector<int> v) { return v[pick(0, int(v.size()) - 1)]; };
-    for (int trial = 0; trial < 3000; ++trial) {
-        const int w = pick(0, 70) | (trial % 2), h = pick(0, 70), W = pick(1, 80), H = pick(1, 60);
+    for (int trial = 0; trial < 4000; ++trial) {
+        const bool wide = trial % 10 == 0;
+        const int w = wide ? pick(100, 1100) : pick(0, 70) | (trial % 2),
+                  h = pick(0, wide ? 4 : 70);
+        const int W = pick(1, wide ? 1200 : 80), H = pick(1, wide ? 6 : 60);
         const int x = pick(-w - 4, W + 4), y = pick(-h - 4, H + 4);
-        const std::uint32_t mode = pick(0, 3);
+        const std::uint32_t mode = oneOf({0, 3, 1, 1, 1, 2, 2, 2});
         const int colourArg = oneOf({-1, -1, pick(0, 0xFFFF), pick(-70000, 70000)});
         const int alphaArg = oneOf({-1, -1, 0, 255, pick(1, 254), pick(-300, 300)});
-        const int opacity = oneOf({-1, -1, 0, 255, 300, pick(1, 254)});
-        // Rows of odd pitches, starting at an odd word: no alignment is assumed.
-        const int pitch = W + pick(0, 3), start = 1 + pick(0, 1);
-        std::vector<std::uint16_t> rgb(w * h), memory(start + pitch * H + 3);
-        std::vector<std::uint8_t> alpha(w * h);
+        const int opacity = oneOf({-1, -1, 0, 255, 300, pick(1, 254), pick(1, 254)});
+        const int pitch = W + pick(0, 3), start = pick(0, 3), offset = pick(0, 3);
+        std::vector<std::uint16_t> rgb(offset + w * h), memory(start + pitch * H + 3);
+        std::vector<std::uint8_t> alpha(offset + w * h);
         for (auto *plane : {&rgb, &memory})
             for (auto &v : *plane)
                 v = std::uint16_t(pick(0, 0xFFFF));
-        for (auto &v : alpha)
-            v = std::uint8_t(oneOf({0, 255, pick(0, 255)}));
+        const bool runs = pick(0, 1);
+        for (std::size_t i = 0, left = 0, kind = 0; i < alpha.size(); ++i, --left) {
+            if (!runs || left == 0) kind = pick(0, 2), left = pick(1, 80);
+            alpha[i] = std::uint8_t(kind == 0 ? 0 : kind == 1 ? 255 : pick(0, 255));
+        }
         const ImagePlanes image = {std::uint32_t(w), std::uint32_t(h),
-                                   pick(0, 1) ? alpha.data() : nullptr,
-                                   pick(0, 1) ? rgb.data() : nullptr};
+                                   pick(0, 3) ? alpha.data() + offset : nullptr,
+                                   pick(0, 3) ? rgb.data() + offset : nullptr};
 
         // The rules: sources by the arguments, alpha scaled by the opacity, then per pixel.
         std::vector<std::uint16_t> want = memory;
@@ -129,14 +142,18 @@ TEST(Compose, ScalarLoopsFollowTheRulesPixelByPixel) {
             d = alphaAt(i) == 255 ? s : mixPixel(mode, d, s, alphaAt(i));
         }
 
-        const PixelTarget target = {reinterpret_cast<std::uint8_t *>(&memory[start]), pitch * 2, W,
-                                    H};
         const Sources src = paintSources(image, colourArg, alphaArg);
-        ASSERT_EQ(opacity == -1 ? paintImage(SimdPath::Scalar, target, x, y, src, mode)
-                                : blendImage(SimdPath::Scalar, target, x, y, src, opacity, mode),
-                  drawable || opacity == 0)
-            << "trial " << trial;
-        ASSERT_EQ(memory, want) << "trial " << trial;
+        for (std::size_t k = 0; k < simdPaths().count; ++k) {
+            const SimdPath path = simdPaths().path[k];
+            std::vector<std::uint16_t> got = memory;
+            const PixelTarget target = {reinterpret_cast<std::uint8_t *>(&got[start]), pitch * 2, W,
+                                        H};
+            ASSERT_EQ(opacity == -1 ? paintImage(path, target, x, y, src, mode)
+                                    : blendImage(path, target, x, y, src, opacity, mode),
+                      drawable || opacity == 0)
+                << simdPathName(path) << ", trial " << trial;
+            ASSERT_EQ(got, want) << simdPathName(path) << ", trial " << trial;
+        }
     }
 }
 

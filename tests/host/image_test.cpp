@@ -237,8 +237,9 @@ TEST(Tga, CraftedFiles) {
                 const std::uint32_t row = i / image.width, x = i % image.width;
                 const int n =
                     ((c.file[17] & 0x20 ? row : image.height - 1 - row) * image.width + x);
-                if (image.rgb) EXPECT_EQ(image.rgb[i], packRGB(mode, 3 * n + 2, 3 * n + 1, 3 * n));
-                if (image.alpha) EXPECT_EQ(image.alpha[i], 255 - n);
+                const std::uint16_t word = packRGB(mode, 3 * n + 2, 3 * n + 1, 3 * n);
+                EXPECT_EQ(image.rgb ? image.rgb[i] : word, word);
+                EXPECT_EQ(image.alpha ? image.alpha[i] : 255 - n, 255 - n);
             }
             freePlanes(image);
         }

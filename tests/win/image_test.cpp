@@ -4,6 +4,7 @@
 #include "harness.h"
 
 #include "image/compose.h"
+#include "text/font_file.h"
 
 #include <algorithm>
 #include <cstring>
@@ -174,17 +175,22 @@ TEST_F(ImageTest, TextImagesFromGdiFonts) {
     EXPECT_NE(closeAndReadLog().find("TBitmap::TBitmap (...) no Surface\n"), std::string::npos);
 }
 
+// The expected coverage comes from the font file as the platform-free parser reads it (tested on
+// its own), not from the font object under test.
 TEST_F(ImageTest, TextImagesFromBitmapFonts) {
     TDirectFont font(dataFile("sans16.bmp").c_str());
-    ASSERT_NE(font.getFontData(), nullptr);
+    const std::string file = vtest::readFile(dataFile("sans16.bmp"));
+    vell::FontImage f;
+    ASSERT_TRUE(
+        vell::parseFontFile(reinterpret_cast<const std::uint8_t *>(file.data()), file.size(), f));
     const TBitmap lines(&*display, &font, "Wi\nWi"), none(&*display, &font, "");
-    const unsigned w = font.getCharWidth('W'), i = font.getCharWidth('i'), h = font.dwHeight;
-    ASSERT_EQ(shape(lines), std::to_string(w + i) + "x" + std::to_string(2 * h) + " A");
-    for (unsigned r = 0; r < 2 * h; ++r)
-        for (unsigned c = 0; c < w + i; ++c) {
-            const unsigned at = c < w ? font.getCharPos('W') + c : font.getCharPos('i') + c - w;
-            ASSERT_EQ(lines.lpAlpha[r * lines.dwWidth + c],
-                      font.lpFontData[r % h * font.dwWidth + at])
+    const vell::FontCell W = f.cells['W' - 32], i = f.cells['i' - 32];
+    ASSERT_EQ(shape(lines),
+              std::to_string(W.width + i.width) + "x" + std::to_string(2 * f.height) + " A");
+    for (unsigned r = 0; r < 2 * f.height; ++r)
+        for (unsigned c = 0; c < W.width + i.width; ++c) {
+            const unsigned at = c < W.width ? W.position + c : i.position + c - W.width;
+            ASSERT_EQ(lines.lpAlpha[r * lines.dwWidth + c], f.glyphs[r % f.height * f.width + at])
                 << c << "," << r;
         }
     EXPECT_EQ(shape(none), "0x0");

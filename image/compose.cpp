@@ -42,8 +42,7 @@ Composition composition(const Sources &src, std::uint32_t opacity, std::uint32_t
         if (layout) plan.action = Composition::kMix;
         if (opacity != 255) plan.alpha = kScaledAlpha;
     } else {
-        plan.value = (src.constantAlpha * opacity) >> 8;
-        if (opacity == 255) plan.value = src.constantAlpha;
+        plan.value = opacity == 255 ? src.constantAlpha : (src.constantAlpha * opacity) >> 8;
         plan.alpha = kConstantAlpha;
         if (plan.value == 0)
             plan.action = Composition::kNothing;

@@ -18,6 +18,7 @@
 //          alpha NNN pixels wide and 256 rows high at x = 128 (rows start on a 64-byte line) and
 //          x = 129
 #include "image/compose.h"
+#include "image/text_image.h"
 #include "text/font_file.h"
 #include "text/print_loop.h"
 
@@ -241,26 +242,21 @@ struct TextScene {
         std::ifstream in(VELL_BENCH_FONT, std::ios::binary);
         const std::vector<std::uint8_t> file{std::istreambuf_iterator<char>(in), {}};
         if (!parseFontFile(file.data(), file.size(), font)) return;
-        for (unsigned char c : text)
-            width += fontCell(font.cells, font.count, c).width;
+        const auto *bytes = reinterpret_cast<const unsigned char *>(text.c_str());
+        width = lineWidth(glyphs(), bytes);
         pixels = width * font.height;
         coverage.resize(pixels);
-        for (std::size_t y = 0, x = 0; y < font.height; ++y, x = 0)
-            for (unsigned char c : text) {
-                const FontCell cell = fontCell(font.cells, font.count, c);
-                for (std::size_t k = 0; k < cell.width; ++k, ++x)
-                    coverage[y * width + x] = cell.position + k < font.width
-                                                  ? font.glyphs[y * font.width + cell.position + k]
-                                                  : 0;
-            }
+        copyGlyphs(glyphs(), bytes, std::uint32_t(width), font.height, coverage.data());
+    }
+    GlyphFont glyphs() const {
+        return {font.glyphs.data(), font.width, font.height, font.cells, font.count};
     }
 };
 
 void printLoop(benchmark::State &state, TextScene *scene, SimdPath path) {
     TextScene &t = *scene;
     if (t.pixels == 0) return state.SkipWithError("the demo's font did not load");
-    const GlyphFont font = {t.font.glyphs.data(), t.font.width, t.font.height, t.font.cells,
-                            t.font.count};
+    const GlyphFont font = t.glyphs();
     const PixelTarget target = {reinterpret_cast<std::uint8_t *>(t.target.data()), 1280, 640, 480};
     const auto *text = reinterpret_cast<const unsigned char *>(t.text.c_str());
     for (auto _ : state) {

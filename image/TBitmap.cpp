@@ -18,10 +18,6 @@ static_assert(sizeof(TBitmap) == 24, "TBitmap must be 24 bytes on 32-bit Windows
 
 namespace {
 
-vell::ImagePlanes planesOf(const TBitmap &image) {
-    return {image.dwWidth, image.dwHeight, image.lpAlpha, image.lpRGB};
-}
-
 void logLine(void *base, const char *text) {
     static_cast<TVellBase *>(base)->DebugOut("%s", text);
 }
@@ -39,35 +35,47 @@ HRESULT lockSurface(IDirectDrawSurface2 *surface, RECT *rect, DDSURFACEDESC &des
     return surface->Lock(rect, &desc, DDLOCK_WAIT, nullptr);
 }
 
-// What drawing onto a surface came to: the lock's result, and whether the graphics mode allowed
-// the drawing (false: nothing was written).
-struct Drawn {
-    HRESULT lock;
-    bool modeKnown;
-};
-
-// Locks the part of the surface that the image covers at (dwX, dwY) and hands draw the locked
-// memory with the image's position relative to it. The position is read as signed 32-bit. A null
-// surface counts as one of size 0: like any image entirely off the surface, nothing is locked.
-template <class Draw>
-Drawn drawOn(const TBitmap &image, IDirectDrawSurface2 *surface, unsigned long dwX,
-             unsigned long dwY, Draw draw) {
+// Paint (opacity 255) and Blend: what the call comes to is decided first (vell::composition);
+// then the part of the surface that the image covers at (dwX, dwY) is locked and the decision
+// carried out there. The position is read as signed 32-bit. A null surface counts as one of size 0:
+// like any image entirely off the surface, nothing is locked. The log lines are Paint's at opacity
+// 255 and above, Blend's below.
+bool draw(const TBitmap &image, IDirectDrawSurface2 *surface, unsigned long dwX, unsigned long dwY,
+          std::uint32_t opacity, long lColor, long lAlpha) {
+    const vell::Sources src =
+        vell::paintSources({image.dwWidth, image.dwHeight, image.lpAlpha, image.lpRGB},
+                           static_cast<std::int32_t>(lColor), static_cast<std::int32_t>(lAlpha));
+    const vell::Composition plan =
+        vell::composition(src, opacity, image.lpDirectDraw->dwGraphicsMode);
+    if (plan.action == vell::Composition::kInvisible) return true;
+    const bool paint = plan.opacity == 255;
     DWORD width = 0, height = 0;
     if (surface != nullptr) vell::surfaceSize(surface, width, height);
     const auto x = static_cast<std::int32_t>(dwX), y = static_cast<std::int32_t>(dwY);
     vell::ClipRect part;
     if (!vell::visiblePart(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), x,
                            y, image.dwWidth, image.dwHeight, part))
-        return {DD_OK, true};
+        return true;
     RECT rect = {part.left, part.top, part.right, part.bottom};
     DDSURFACEDESC desc;
     const HRESULT hr = lockSurface(surface, &rect, desc);
-    if (FAILED(hr)) return {hr, true};
+    if (FAILED(hr)) {
+        char text[128];
+        image.lpDirectDraw->getErrorString(hr, text);
+        image.lpBase->DebugOut(paint ? "TBitmap::Paint - SurfaceLock failed!\n\n%s\n"
+                                     : "TBitmap::Blend - SurfaceLock failed!\n  %s\n",
+                               text);
+        return true;
+    }
     const vell::PixelTarget target = {static_cast<std::uint8_t *>(desc.lpSurface), desc.lPitch,
                                       part.right - part.left, part.bottom - part.top};
-    const bool modeKnown = draw(target, x - part.left, y - part.top);
+    const bool drawn =
+        vell::compose(vell::simdPath(), target, x - part.left, y - part.top, src, plan);
     surface->Unlock(nullptr);
-    return {DD_OK, modeKnown};
+    if (!drawn)
+        image.lpBase->DebugOut(paint ? "TBitmap::Paint (...) unknown graphicsmode\n"
+                                     : "TBitmap::Blend (...) unknown graphicsmode\n");
+    return true;
 }
 
 } // namespace
@@ -201,41 +209,10 @@ TBitmap::~TBitmap() {
 
 bool TBitmap::Paint(IDirectDrawSurface2 *lpDDS, unsigned long dwX, unsigned long dwY, long lColor,
                     long lAlpha) {
-    const vell::Sources src = vell::paintSources(planesOf(*this), static_cast<std::int32_t>(lColor),
-                                                 static_cast<std::int32_t>(lAlpha));
-    const std::uint32_t mode = lpDirectDraw->dwGraphicsMode;
-    const Drawn drawn =
-        drawOn(*this, lpDDS, dwX, dwY, [&](const vell::PixelTarget &t, int x, int y) {
-            return vell::paintImage(t, x, y, src, mode);
-        });
-    if (FAILED(drawn.lock)) {
-        char text[128];
-        lpDirectDraw->getErrorString(drawn.lock, text);
-        lpBase->DebugOut("TBitmap::Paint - SurfaceLock failed!\n\n%s\n", text);
-    } else if (!drawn.modeKnown) {
-        lpBase->DebugOut("TBitmap::Paint (...) unknown graphicsmode\n");
-    }
-    return true;
+    return draw(*this, lpDDS, dwX, dwY, 255, lColor, lAlpha);
 }
 
-// Above 255 the opacity counts as 255, so no alpha ever exceeds 255.
 bool TBitmap::Blend(IDirectDrawSurface2 *lpDDS, unsigned long dwX, unsigned long dwY,
                     unsigned long dwOpacity, long lColor, long lAlpha) {
-    if (dwOpacity == 0) return true;
-    if (dwOpacity >= 255) return Paint(lpDDS, dwX, dwY, lColor, lAlpha);
-    const vell::Sources src = vell::paintSources(planesOf(*this), static_cast<std::int32_t>(lColor),
-                                                 static_cast<std::int32_t>(lAlpha));
-    const std::uint32_t mode = lpDirectDraw->dwGraphicsMode;
-    const Drawn drawn =
-        drawOn(*this, lpDDS, dwX, dwY, [&](const vell::PixelTarget &t, int x, int y) {
-            return vell::blendImage(t, x, y, src, static_cast<std::uint32_t>(dwOpacity), mode);
-        });
-    if (FAILED(drawn.lock)) {
-        char text[128];
-        lpDirectDraw->getErrorString(drawn.lock, text);
-        lpBase->DebugOut("TBitmap::Blend - SurfaceLock failed!\n  %s\n", text);
-    } else if (!drawn.modeKnown) {
-        lpBase->DebugOut("TBitmap::Blend (...) unknown graphicsmode\n");
-    }
-    return true;
+    return draw(*this, lpDDS, dwX, dwY, static_cast<std::uint32_t>(dwOpacity), lColor, lAlpha);
 }

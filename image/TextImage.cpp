@@ -100,18 +100,17 @@ TBitmap::TBitmap(TDirectDraw *display, LOGFONTA *logFont, const char *text, unsi
 TBitmap::TBitmap(TDirectDraw *display, TDirectFont *font, const char *text) : TBitmap(display) {
     if (font == nullptr || font->getFontData() == nullptr || text == nullptr) return;
     const auto *bytes = reinterpret_cast<const unsigned char *>(text);
-    const std::uint64_t width = static_cast<std::uint32_t>(font->getStringWidth(bytes));
+    const vell::FontGlyphs glyphs(*font);
+    const std::uint64_t width = vell::lineWidth(glyphs.font, bytes);
     const std::uint64_t height = font->dwHeight * vell::textLines(bytes);
-    const std::uint64_t size = width * height;
+    if (width == 0 || height == 0) return;
     // Sizes beyond what a plane can hold are refused like a failed allocation.
-    if (size > 0 && (height > UINT32_MAX || size > SIZE_MAX ||
-                     (lpAlpha = static_cast<BYTE *>(std::malloc(size))) == nullptr)) {
+    if (width > UINT32_MAX || height > UINT32_MAX || width * height > SIZE_MAX ||
+        (lpAlpha = static_cast<BYTE *>(std::malloc(width * height))) == nullptr) {
         lpBase->DebugOut("TBitmap::TBitmap(TDirectFont) not enough memory for alpha channel\n");
         return;
     }
-    if (size == 0) return;
     dwWidth = static_cast<DWORD>(width);
     dwHeight = static_cast<DWORD>(height);
-    const vell::FontGlyphs glyphs(*font);
     vell::copyGlyphs(glyphs.font, bytes, dwWidth, dwHeight, lpAlpha);
 }

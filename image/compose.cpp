@@ -1,4 +1,4 @@
-// The scalar painting and blending loops (platform-free).
+// The compositing decision, the clipping, and the scalar reference loops (platform-free).
 #include "image/compose.h"
 
 #include <algorithm>
@@ -29,6 +29,31 @@ bool visiblePart(std::int32_t W, std::int32_t H, std::int32_t x, std::int32_t y,
     return true;
 }
 
+// Above 255 the opacity counts as 255, so no alpha ever exceeds 255. One alpha for the whole
+// rectangle settles everything here: 0 draws nothing and 255 copies whatever the layout, without
+// asking for one.
+Composition composition(const Sources &src, std::uint32_t opacity, std::uint32_t mode) {
+    opacity = std::min(opacity, 255u);
+    const bool layout = mode == kMode555 || mode == kMode565;
+    Composition plan = {Composition::kRefuse, kPlaneAlpha, opacity, mode, opacity};
+    if (opacity == 0) {
+        plan.action = Composition::kInvisible;
+    } else if (src.alpha != nullptr) {
+        if (layout) plan.action = Composition::kMix;
+        if (opacity != 255) plan.alpha = kScaledAlpha;
+    } else {
+        plan.value = opacity == 255 ? src.constantAlpha : (src.constantAlpha * opacity) >> 8;
+        plan.alpha = kConstantAlpha;
+        if (plan.value == 0)
+            plan.action = Composition::kNothing;
+        else if (plan.value == 255)
+            plan.action = Composition::kFill;
+        else if (layout)
+            plan.action = Composition::kMix;
+    }
+    return plan;
+}
+
 namespace {
 
 // The sources of one pixel by its plane index i: a plane, or one value for all.
@@ -50,17 +75,14 @@ struct Constant {
     unsigned operator()(std::size_t) const { return value; }
 };
 
-// The one pixel loop. Each combination of layout and sources is its own instance, chosen before
-// the loop starts.
+// The one scalar pixel loop over the visible part. Each combination of layout and sources is its
+// own instance, chosen before the loop starts.
 template <std::uint32_t Mode, class Colour, class Alpha>
-void compose(const PixelTarget &target, std::int32_t x, std::int32_t y, std::uint32_t width,
-             std::uint32_t height, Colour colour, Alpha alpha) {
-    ClipRect part;
-    if (!visiblePart(target.width, target.height, x, y, width, height, part)) return;
-    for (std::int32_t ty = part.top; ty < part.bottom; ++ty) {
+void composeLoop(const PixelTarget &target, const ClipRect &part, std::size_t first,
+                 std::uint32_t width, Colour colour, Alpha alpha) {
+    for (std::int32_t ty = part.top; ty < part.bottom; ++ty, first += width) {
         auto *row = reinterpret_cast<std::uint16_t *>(target.bits + ty * target.pitch);
-        std::size_t i =
-            std::size_t(ty - std::int64_t(y)) * width + std::size_t(part.left - std::int64_t(x));
+        std::size_t i = first;
         for (std::int32_t tx = part.left; tx < part.right; ++tx, ++i) {
             const unsigned a = alpha(i);
             if (a == 0) continue;
@@ -69,46 +91,46 @@ void compose(const PixelTarget &target, std::int32_t x, std::int32_t y, std::uin
     }
 }
 
-// Picks the loop for the layout and the colour source; false for an unknown layout.
-template <class Alpha>
-bool composeIn(std::uint32_t mode, const PixelTarget &target, std::int32_t x, std::int32_t y,
-               const Sources &src, Alpha alpha) {
-    auto run = [&](auto colour) {
-        if (mode == kMode555)
-            compose<kMode555>(target, x, y, src.width, src.height, colour, alpha);
-        else if (mode == kMode565)
-            compose<kMode565>(target, x, y, src.width, src.height, colour, alpha);
+// The scalar loops' part of compose: a kFill (as a mix at 255 in either layout) or a kMix.
+void composeScalar(const PixelTarget &target, const ClipRect &part, std::size_t first,
+                   const Sources &src, const Composition &plan) {
+    auto withAlpha = [&](auto colour) {
+        auto run = [&](auto alpha) {
+            if (plan.mode == kMode555 && plan.action == Composition::kMix)
+                composeLoop<kMode555>(target, part, first, src.width, colour, alpha);
+            else
+                composeLoop<kMode565>(target, part, first, src.width, colour, alpha);
+        };
+        if (plan.action == Composition::kFill)
+            run(Constant{255});
+        else if (plan.alpha == kPlaneAlpha)
+            run(AlphaPlane{src.alpha});
+        else if (plan.alpha == kScaledAlpha)
+            run(ScaledAlphaPlane{src.alpha, plan.value});
         else
-            return false;
-        return true;
+            run(Constant{plan.value});
     };
-    return src.rgb != nullptr ? run(ColourPlane{src.rgb}) : run(Constant{src.colour});
-}
-
-// One alpha for the whole rectangle: 0 draws nothing and 255 copies whatever the layout, without
-// asking for one (no mixing happens, so either loop does it).
-bool composeConstant(std::uint32_t mode, const PixelTarget &target, std::int32_t x, std::int32_t y,
-                     const Sources &src, unsigned alpha) {
-    if (alpha == 0) return true;
-    if (alpha == 255) return composeIn(kMode565, target, x, y, src, Constant{255});
-    return composeIn(mode, target, x, y, src, Constant{alpha});
+    if (src.rgb != nullptr)
+        withAlpha(ColourPlane{src.rgb});
+    else
+        withAlpha(Constant{src.colour});
 }
 
 } // namespace
 
-bool paintImageScalar(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
-                      std::uint32_t mode) {
-    if (src.alpha != nullptr) return composeIn(mode, target, x, y, src, AlphaPlane{src.alpha});
-    return composeConstant(mode, target, x, y, src, src.constantAlpha);
-}
-
-bool blendImageScalar(const PixelTarget &target, std::int32_t x, std::int32_t y, const Sources &src,
-                      std::uint32_t opacity, std::uint32_t mode) {
-    if (opacity == 0) return true;
-    if (opacity >= 255) return paintImageScalar(target, x, y, src, mode);
-    if (src.alpha != nullptr)
-        return composeIn(mode, target, x, y, src, ScaledAlphaPlane{src.alpha, opacity});
-    return composeConstant(mode, target, x, y, src, (src.constantAlpha * opacity) >> 8);
+bool compose(SimdPath path, const PixelTarget &target, std::int32_t x, std::int32_t y,
+             const Sources &src, const Composition &plan) {
+    if (plan.action == Composition::kRefuse) return false;
+    ClipRect part;
+    if (plan.action != Composition::kFill && plan.action != Composition::kMix) return true;
+    if (!visiblePart(target.width, target.height, x, y, src.width, src.height, part)) return true;
+    const std::size_t first = std::size_t(part.top - std::int64_t(y)) * src.width +
+                              std::size_t(part.left - std::int64_t(x));
+    if (const RowKernels *kernels = rowKernelsOf(path))
+        composeRows(*kernels, target, part, first, src, plan);
+    else
+        composeScalar(target, part, first, src, plan);
+    return true;
 }
 
 } // namespace vell

@@ -19,10 +19,6 @@
 namespace vell {
 namespace {
 
-// GCC for Windows would call the partial loads and stores (a call per block) rather than inline
-// them.
-#define VELL_ALWAYS_INLINE __attribute__((always_inline))
-
 // The alpha bytes of a block of two vectors, or of one.
 template <std::size_t Vectors> struct Avx2Bytes { using T = __m256i; };
 template <> struct Avx2Bytes<1> { using T = __m128i; };
@@ -47,20 +43,21 @@ template <std::size_t Vectors> struct Avx2 {
         std::memcpy(&b, p, sizeof b);
         return b;
     }
-    // The first n < 16 pixels at p, in two halves; zeros above them.
-    VELL_ALWAYS_INLINE static W loadPart(const std::uint16_t *p, std::size_t n) {
+    // The first n < 16 pixels at p, in two halves; zeros above them. Forced inline, like the
+    // partial stores: GCC for Windows would call them once per block.
+    VELL_FORCE_INLINE static W loadPart(const std::uint16_t *p, std::size_t n) {
         const __m128i low = n >= 8 ? _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))
                                    : loadFirstBytes(p, 2 * n);
         const __m128i high = n > 8 ? loadFirstBytes(p + 8, 2 * (n - 8)) : _mm_setzero_si128();
         return hide(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1));
     }
-    VELL_ALWAYS_INLINE static void storePart(std::uint16_t *p, std::size_t n, W v) {
+    VELL_FORCE_INLINE static void storePart(std::uint16_t *p, std::size_t n, W v) {
         const __m128i low = _mm256_castsi256_si128(v), high = _mm256_extracti128_si256(v, 1);
         if (n < 8) return storeFirstBytes(p, 2 * n, low);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(p), low);
         if (n > 8) storeFirstBytes(p + 8, 2 * (n - 8), high);
     }
-    VELL_ALWAYS_INLINE static __m128i loadBytesPart(const std::uint8_t *p, std::size_t n) {
+    VELL_FORCE_INLINE static __m128i loadBytesPart(const std::uint8_t *p, std::size_t n) {
         return loadFirstBytes(p, n);
     }
     static W widenPart(__m128i b, std::size_t) { return hide(_mm256_cvtepu8_epi16(b)); }
@@ -69,48 +66,34 @@ template <std::size_t Vectors> struct Avx2 {
         return v;
     }
 
-    // Two rows of n <= 8 pixels in one vector, the second in lanes 8 on, each loaded and stored
-    // in a 128-bit half.
-    template <bool Whole> struct Rows {
+    // One row's last n <= 8 pixels in a 128-bit half (whole when n is 8, else in pieces that stay
+    // within the row); two rows in one vector, the second in lanes 8 on.
+    struct Half {
         using Lanes = Avx2<1>;
-        static constexpr bool kShortcuts = false; // noisy rows mixed faster without (by 4 to 17%)
-        std::uint16_t *d = nullptr;
-        const std::uint16_t *rgb = nullptr;
-        const std::uint8_t *alpha = nullptr;
-        std::ptrdiff_t pitch, stride;
+        // Pairs are mixed without the all-0/all-255 branches, after whole vectors or not: noisy
+        // rows were mixed faster so (docs/performance.md).
+        static constexpr bool shortcuts(bool) { return false; }
         std::size_t n;
-        Rows(std::size_t pixels, std::ptrdiff_t pitchBytes, std::size_t step)
-            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), n(pixels) {}
-
-        template <class T> static T *next(T *p, std::ptrdiff_t step) {
-            return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) +
-                                         std::uintptr_t(step));
-        }
-        __m128i half(const std::uint16_t *p) const {
+        explicit Half(std::size_t pixels) : n(pixels) {}
+        __m128i load(const std::uint16_t *p) const {
             return n == 8 ? _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))
                           : loadFirstBytes(p, 2 * n);
         }
-        void half(std::uint16_t *p, __m128i v) const {
+        void store(std::uint16_t *p, __m128i v) const {
             if (n == 8)
                 _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
             else
                 storeFirstBytes(p, 2 * n, v);
         }
-        W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
-            return hide(
-                _mm256_inserti128_si256(_mm256_castsi128_si256(half(p)), half(next(p, step)), 1));
+        __m128i loadBytes(const std::uint8_t *p) const { return loadFirstBytes(p, n); }
+        static W join(__m128i low, __m128i high) {
+            return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
         }
-        W dest(std::size_t) const { return gather(d, pitch); }
-        W source(std::size_t) const { return gather(rgb, 2 * stride); }
-        __m128i loadBytes() const {
-            return _mm_unpacklo_epi64(loadFirstBytes(alpha, n),
-                                      loadFirstBytes(next(alpha, stride), n));
+        static __m128i joinBytes(__m128i low, __m128i high) {
+            return _mm_unpacklo_epi64(low, high);
         }
-        W widen(__m128i b, std::size_t k) const { return widenPart(b, k); }
-        void store(std::size_t, W v) const {
-            half(d, _mm256_castsi256_si128(v));
-            half(next(d, pitch), _mm256_extracti128_si256(v, 1));
-        }
+        static __m128i low(W v) { return _mm256_castsi256_si128(v); }
+        static __m128i high(W v) { return _mm256_extracti128_si256(v, 1); }
     };
 
     static bool none(__m256i b) { return isZero(b); }
@@ -144,8 +127,6 @@ template <std::size_t Vectors> struct Avx2 {
     template <int N> static W slli(W v) { return _mm256_slli_epi16(v, N); }
     template <int N> static W srai(W v) { return _mm256_srai_epi16(v, N); }
 };
-
-#undef VELL_ALWAYS_INLINE
 
 } // namespace
 } // namespace vell

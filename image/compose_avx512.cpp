@@ -53,47 +53,31 @@ struct Avx512 {
         return v;
     }
 
-    // Two rows of n <= 16 pixels in one vector, the second in lanes 16 on: each row loaded and
-    // stored on its own with a 256-bit mask, and the halves put together (the masked forms of the
-    // insertions and extractions: GCC 12 warns about the others). Four rows of up to 8 pixels in
-    // one vector were slower where rows four apart are 4096 bytes apart (a target 512 pixels
-    // wide): loads of the next four rows waited for the stores of the last four.
-    template <bool Whole> struct Rows {
+    // One row's last n <= 16 pixels in a 256-bit half, loaded and stored under a mask of its lanes;
+    // two rows in one vector, the second in lanes 16 on (the masked forms of the insertions and
+    // extractions: GCC 12 warns about the others). Four rows of up to 8 pixels in one vector were
+    // slower where rows four apart are 4096 bytes apart (a target 512 pixels wide): loads of the
+    // next four rows waited for the stores of the last four.
+    struct Half {
         using Lanes = Avx512;
-        std::uint16_t *d = nullptr;
-        const std::uint16_t *rgb = nullptr;
-        const std::uint8_t *alpha = nullptr;
-        std::ptrdiff_t pitch, stride;
-        __mmask16 row; // the mask of one row's lanes
-        // Rows of up to 16 pixels (Whole false) are mixed without the branches for all 0 and all
-        // 255: noisy alpha changes their outcome often, and a missed branch cost more than the
-        // mix (5 to 10% at 8 and 16 pixels); after whole vectors, the branches gained 3 to 12%.
-        static constexpr bool kShortcuts = Whole;
-        Rows(std::size_t n, std::ptrdiff_t pitchBytes, std::size_t step)
-            : pitch(pitchBytes), stride(std::ptrdiff_t(step)), row(__mmask16((1u << n) - 1)) {}
-
-        template <class T> static T *next(T *p, std::ptrdiff_t step) {
-            return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) +
-                                         std::uintptr_t(step));
+        // Rows of up to 16 pixels (no whole vectors) are mixed without the branches for all 0 and
+        // all 255: noisy alpha changes their outcome often, and a missed branch cost more than
+        // the mix; after whole vectors the branches gained (docs/performance.md).
+        static constexpr bool shortcuts(bool whole) { return whole; }
+        __mmask16 row;
+        explicit Half(std::size_t n) : row(__mmask16((1u << n) - 1)) {}
+        __m256i load(const std::uint16_t *p) const { return _mm256_maskz_loadu_epi16(row, p); }
+        void store(std::uint16_t *p, __m256i v) const { _mm256_mask_storeu_epi16(p, row, v); }
+        __m128i loadBytes(const std::uint8_t *p) const { return _mm_maskz_loadu_epi8(row, p); }
+        static W join(__m256i low, __m256i high) {
+            return _mm512_maskz_inserti64x4(
+                0xFF, _mm512_maskz_inserti64x4(0xFF, _mm512_setzero_si512(), low, 0), high, 1);
         }
-        W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
-            const W low = _mm512_maskz_inserti64x4(0xFF, _mm512_setzero_si512(),
-                                                   _mm256_maskz_loadu_epi16(row, p), 0);
-            return hide(_mm512_maskz_inserti64x4(0xFF, low,
-                                                 _mm256_maskz_loadu_epi16(row, next(p, step)), 1));
+        static Bytes joinBytes(__m128i low, __m128i high) {
+            return _mm256_inserti128_si256(_mm256_zextsi128_si256(low), high, 1);
         }
-        W dest(std::size_t) const { return gather(d, pitch); }
-        W source(std::size_t) const { return gather(rgb, 2 * stride); }
-        Bytes loadBytes() const {
-            return _mm256_inserti128_si256(_mm256_zextsi128_si256(_mm_maskz_loadu_epi8(row, alpha)),
-                                           _mm_maskz_loadu_epi8(row, next(alpha, stride)), 1);
-        }
-        W widen(Bytes b, std::size_t k) const { return widenPart(b, k); }
-        void store(std::size_t, W v) const {
-            _mm256_mask_storeu_epi16(d, row, _mm512_maskz_extracti64x4_epi64(0xFF, v, 0));
-            _mm256_mask_storeu_epi16(next(d, pitch), row,
-                                     _mm512_maskz_extracti64x4_epi64(0xFF, v, 1));
-        }
+        static __m256i low(W v) { return _mm512_maskz_extracti64x4_epi64(0xFF, v, 0); }
+        static __m256i high(W v) { return _mm512_maskz_extracti64x4_epi64(0xFF, v, 1); }
     };
     static bool none(Bytes b) { return _mm256_testz_si256(b, b); }
     static bool mixed(Bytes b) { return _mm256_testnzc_si256(b, _mm256_set1_epi8(-1)); }

@@ -12,8 +12,36 @@
 // without a branch. The last pixels of a row go through the narrower blocks of V::Tail where they
 // fill one, and the very last through a partial block of the narrowest: its loads and stores
 // (V::loadPart, V::storePart) touch only the pixels of the row, and zeros (alpha 0) fill the
-// lanes beyond them. With AVX2 and AVX-512, whose vectors take two rows' last pixels (V::Rows),
+// lanes beyond them. With AVX2 and AVX-512, whose vectors take two rows' last pixels (V::Half),
 // rows go in pairs when those fit half a vector: see mixRowPairs.
+//
+// What V must provide (Sse2Lanes, Avx2, Avx512 are the three):
+//   types     W        a vector of kLanes 16-bit lanes
+//             Bytes    the alpha bytes of one block (kBlockVectors * kLanes of them)
+//             Mask     what equal() gives and select() takes (a vector, or a mask register)
+//             Tail     the lanes that take a row's last pixels after its whole blocks, or void:
+//                      the row ends in a partial block of V itself
+//   constants kLanes, kBlockVectors (vectors per block), kPacksRows (rows go in pairs: needs Half)
+//   memory    load(p), store(p, w)                      one whole vector of words
+//             loadBytes(p)                              one block's alpha bytes
+//             loadPart(p, n), storePart(p, n, w)        the first n < kLanes words, nothing beyond
+//             loadBytesPart(p, n)                       the first n alpha bytes, zeros above
+//             widen(p, bytes, k), widenPart(bytes, k)   vector k of a block's alpha in 16-bit lanes
+//                                                       (widen may load again from p instead)
+//   tests     none(bytes), mixed(bytes)                 all 0; neither all 0 nor all 255
+//             isZero(w)
+//   lanes     set, and_, or_, add, sub, mullo, mulhi, equal, select(mask, a, b) (a where set),
+//             srli<N>, slli<N>, srai<N>, plusOneAt255 (255 becomes 256, others stay),
+//             hide(w) (the value made opaque to the compiler: see the loads)
+//   Half      (kPacksRows only) one row's last n pixels in half a vector, built from n once per
+//             rectangle: load(p), store(p, h), loadBytes(p); and the static join(low, high),
+//             joinBytes(low, high), low(w), high(w) that put two rows' halves into one vector of
+//             Half::Lanes and take them out again; shortcuts(whole): whether a pair tells all-0
+//             and all-255 blocks by a branch (see the lane files for why each answers as it does)
+//
+// And what a block adaptor A (Whole, Part, PackedRows below: where a block's pixels are) provides
+// to Block::run: kShortcuts; dest(k), source(k) (vector k of the destination and source words);
+// loadBytes() and widen(bytes, k) (the alpha); store(k, w).
 //
 // The exact mix in 16-bit lanes. Per channel the rule is out = (d * (256 - a) + s * a) >> 8; as
 // d * 256 + (s - d) * a is never negative, that equals d + floor((s - d) * a / 256), and the
@@ -41,12 +69,9 @@
 namespace vell {
 namespace {
 
-// The pieces of a row are inlined into the loop over the rows, where what they set up (constants,
-// masks) is done once for the rectangle.
-#define VELL_INLINE inline __attribute__((always_inline))
-// The kernels that rowKernels() hands out: everything they call is inlined into them (GCC stops
-// inlining the vector helpers once a file holds as many kernels as these do, and a call per block
-// costs more than the block).
+// The pieces of a row are inlined into the loop over the rows (VELL_FORCE_INLINE), where what
+// they set up (constants, masks) is done once for the rectangle; and the kernels that rowKernels()
+// hands out inline everything they call (VELL_KERNEL).
 #define VELL_KERNEL __attribute__((flatten))
 
 template <class V> struct SourceFields {
@@ -62,7 +87,7 @@ template <class V, std::uint32_t Mode> struct Masks {
 };
 
 template <class V, std::uint32_t Mode>
-VELL_INLINE SourceFields<V> sourceFields(typename V::W s, const Masks<V, Mode> &m) {
+VELL_FORCE_INLINE SourceFields<V> sourceFields(typename V::W s, const Masks<V, Mode> &m) {
     if (Mode == kMode565)
         return {s, V::and_(s, m.blue), V::and_(s, m.green), V::template srli<11>(s)};
     return {s, V::and_(s, m.blue), V::and_(s, m.green), V::and_(V::template srli<10>(s), m.blue)};
@@ -70,8 +95,8 @@ VELL_INLINE SourceFields<V> sourceFields(typename V::W s, const Masks<V, Mode> &
 
 // d mixed towards s at alpha a (0..256 in each lane). In 5:5:5 the result's bit 15 is 0.
 template <class V, std::uint32_t Mode>
-VELL_INLINE typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a,
-                              const Masks<V, Mode> &m) {
+VELL_FORCE_INLINE typename V::W mix(typename V::W d, const SourceFields<V> &s, typename V::W a,
+                                    const Masks<V, Mode> &m) {
     using W = typename V::W;
     const W a8 = V::template slli<3>(a);
     const W base = Mode == kMode565 ? d : V::and_(d, V::set(0x7FFF));
@@ -89,7 +114,7 @@ enum class Rule { Plane, Scaled, Constant, Coverage, CoverageScaled };
 
 // Where the pixels of a block are, and how they are loaded and stored: a whole block at d, rgb and
 // alpha; its first n pixels (Part, on V's blocks of one vector only); or, with AVX2 and AVX-512,
-// the last n pixels of two rows packed into one vector (V::Rows).
+// the last n pixels of two rows packed into one vector (PackedRows).
 template <class V> struct Whole {
     std::uint16_t *d;
     const std::uint16_t *rgb;
@@ -119,6 +144,40 @@ template <class V> struct Part {
     void store(std::size_t, W v) const { V::storePart(d, n, v); }
 };
 
+// Two rows' last n pixels in one vector of V::Half::Lanes, the row at d in the low half and the row
+// below it in the high half; each half loaded and stored by V::Half, which alone differs between
+// AVX2 (128-bit halves, partial ones in pieces) and AVX-512 (256-bit halves under a lane mask).
+template <class V, bool WholeBlocks> struct PackedRows {
+    using H = typename V::Half;
+    using L = typename H::Lanes;
+    using W = typename L::W;
+    static constexpr bool kShortcuts = H::shortcuts(WholeBlocks);
+    std::uint16_t *d = nullptr;
+    const std::uint16_t *rgb = nullptr;
+    const std::uint8_t *alpha = nullptr;
+    std::ptrdiff_t pitch, stride;
+    H half;
+    PackedRows(std::size_t n, std::ptrdiff_t pitchBytes, std::size_t step)
+        : pitch(pitchBytes), stride(std::ptrdiff_t(step)), half(n) {}
+
+    template <class T> static T *next(T *p, std::ptrdiff_t step) {
+        return reinterpret_cast<T *>(reinterpret_cast<std::uintptr_t>(p) + std::uintptr_t(step));
+    }
+    W gather(const std::uint16_t *p, std::ptrdiff_t step) const {
+        return L::hide(H::join(half.load(p), half.load(next(p, step))));
+    }
+    W dest(std::size_t) const { return gather(d, pitch); }
+    W source(std::size_t) const { return gather(rgb, 2 * stride); }
+    typename L::Bytes loadBytes() const {
+        return H::joinBytes(half.loadBytes(alpha), half.loadBytes(next(alpha, stride)));
+    }
+    W widen(typename L::Bytes b, std::size_t k) const { return L::widenPart(b, k); }
+    void store(std::size_t, W v) const {
+        half.store(d, H::low(v));
+        half.store(next(d, pitch), H::high(v));
+    }
+};
+
 // One block of V::kBlockVectors vectors, of kPixels pixels, at the place A tells: the destination
 // words at A::d, their source words at A::rgb (with ColourPlane) and their alpha bytes at A::alpha
 // (except for Rule::Constant), loaded by A::dest, A::source and A::loadBytes.
@@ -133,7 +192,7 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
         : colour(sourceFields<V, Mode>(V::set(colourWord), masks)), value(V::set(int(alphaValue))) {
     }
 
-    template <class A> VELL_INLINE void run(const A &at) const {
+    template <class A> VELL_FORCE_INLINE void run(const A &at) const {
         W a[kVectors];
         if (R == Rule::Constant) {
             for (W &ak : a)
@@ -179,8 +238,8 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
             at.store(k, out);
         }
     }
-    VELL_INLINE void run(std::uint16_t *d, const std::uint16_t *rgb,
-                         const std::uint8_t *alpha) const {
+    VELL_FORCE_INLINE void run(std::uint16_t *d, const std::uint16_t *rgb,
+                               const std::uint8_t *alpha) const {
         run(Whole<V>{d, rgb, alpha});
     }
 };
@@ -188,8 +247,9 @@ template <class V, std::uint32_t Mode, bool ColourPlane, Rule R> struct Block {
 // The last n pixels of a row, fewer than one block of the instruction set whose tail V is: a block
 // of V where they fill one, the rest on V's own tail, or, on the narrowest, a partial block.
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
-VELL_INLINE void mixRowEnd(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
-                           std::size_t n, std::uint16_t colour, unsigned value) {
+VELL_FORCE_INLINE void mixRowEnd(std::uint16_t *d, const std::uint16_t *rgb,
+                                 const std::uint8_t *alpha, std::size_t n, std::uint16_t colour,
+                                 unsigned value) {
     using B = Block<V, Mode, ColourPlane, R>;
     const B block(colour, value);
     if (n >= B::kPixels) {
@@ -207,8 +267,8 @@ VELL_INLINE void mixRowEnd(std::uint16_t *d, const std::uint16_t *rgb, const std
 }
 
 template <class V, std::uint32_t Mode, bool ColourPlane, Rule R>
-VELL_INLINE void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
-                        std::size_t n, std::uint16_t colour, unsigned value) {
+VELL_FORCE_INLINE void mixRow(std::uint16_t *d, const std::uint16_t *rgb, const std::uint8_t *alpha,
+                              std::size_t n, std::uint16_t colour, unsigned value) {
     using B = Block<V, Mode, ColourPlane, R>;
     const B block(colour, value);
     const std::size_t step = B::kPixels;
@@ -245,11 +305,11 @@ mixRowPairs(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint16_t *rgb,
             std::uint16_t colour, unsigned value) {
     using B = Block<V, Mode, ColourPlane, R>;
     // One vector: for the pair, and for AVX2's last 16 whole pixels of a row.
-    using L = typename V::template Rows<WholeBlocks>::Lanes;
+    using L = typename V::Half::Lanes;
     const B block(colour, value);
     const Block<L, Mode, ColourPlane, R> packed(colour, value);
     const std::size_t whole = WholeBlocks ? n - n % V::kLanes : 0;
-    typename V::template Rows<WholeBlocks> at(n - whole, pitch, stride);
+    PackedRows<V, WholeBlocks> at(n - whole, pitch, stride);
     for (; rows >= 2; rows -= 2) {
         // The two rows' blocks side by side: each pair of them is independent work.
         auto *below =
@@ -293,6 +353,8 @@ VELL_KERNEL void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint
         if (pairs && n <= V::kLanes / 2)
             return mixRowPairs<V, Mode, ColourPlane, R, false>(d, pitch, rgb, alpha, stride, n,
                                                                rows, colour, value);
+        // 1 <= n % kLanes <= kLanes / 2: some last pixels, no more than half a vector. The
+        // subtraction is unsigned on purpose: a remainder of 0 wraps to the largest value.
         if (pairs && n % V::kLanes - 1 < V::kLanes / 2)
             return mixRowPairs<V, Mode, ColourPlane, R, true>(d, pitch, rgb, alpha, stride, n, rows,
                                                               colour, value);
@@ -305,7 +367,6 @@ VELL_KERNEL void mixRect(std::uint16_t *d, std::ptrdiff_t pitch, const std::uint
     }
 }
 
-#undef VELL_INLINE
 #undef VELL_KERNEL
 
 template <std::uint32_t M> struct ModeTag { static constexpr std::uint32_t value = M; };

@@ -1,7 +1,7 @@
 // The row loops of the SIMD paths: one table of functions per instruction set (platform-free),
-// shared by the compositing driver (compose_simd.cpp) and printing (text/print_simd.cpp). Both
-// clip, pick one entry before their loops and hand it one row of pixels at a time; every entry
-// writes exactly what the scalar loops write.
+// shared by compositing (image/compose.cpp decides and clips, compose_simd.cpp picks the entry)
+// and printing (text/print_simd.cpp). Each picks one entry before its loops and hands it a
+// rectangle or one row of pixels at a time; every entry writes exactly what the scalar loops write.
 #ifndef VELL_ROW_KERNELS_H
 #define VELL_ROW_KERNELS_H
 
@@ -9,6 +9,11 @@
 
 #include <cstddef>
 #include <cstdint>
+
+// Forced inlining, the one spelling of it in the row loops: GCC would otherwise stop inlining
+// the vector helpers once a file holds as many loops as the row-loop files do, and a call per
+// block costs more than the block.
+#define VELL_FORCE_INLINE inline __attribute__((always_inline))
 
 namespace vell {
 

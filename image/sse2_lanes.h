@@ -12,12 +12,14 @@
 #include <type_traits>
 #include <emmintrin.h>
 
+#include "image/row_kernels.h"
+
 namespace vell {
 namespace {
 
 // The first k bytes (0 < k < 16) at p in the low bytes of a vector, zeros above: from loads that
 // stay within those k bytes (two overlapping ones, the second shifted into place).
-inline __attribute__((always_inline)) __m128i loadFirstBytes(const void *p, std::size_t k) {
+VELL_FORCE_INLINE __m128i loadFirstBytes(const void *p, std::size_t k) {
     const auto *b = static_cast<const std::uint8_t *>(p);
     if (k >= 8) {
         const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(b + k - 8));
@@ -39,7 +41,7 @@ inline __attribute__((always_inline)) __m128i loadFirstBytes(const void *p, std:
 }
 
 // Stores the low k bytes (0 < k < 16) of v at p, and nothing beyond them.
-inline __attribute__((always_inline)) void storeFirstBytes(void *p, std::size_t k, __m128i v) {
+VELL_FORCE_INLINE void storeFirstBytes(void *p, std::size_t k, __m128i v) {
     auto *b = static_cast<std::uint8_t *>(p);
     if (k >= 8) {
         _mm_storel_epi64(reinterpret_cast<__m128i *>(b), v);

@@ -26,7 +26,7 @@ void reduceRendering(const std::uint8_t *bits, std::ptrdiff_t pitch, std::uint16
 std::uint64_t textLines(const unsigned char *text) {
     std::uint64_t lines = 1;
     for (; *text != 0; ++text)
-        lines += *text == 10;
+        lines += startsNewLine(*text);
     return lines;
 }
 

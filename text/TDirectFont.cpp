@@ -2,6 +2,7 @@
 // parser, the two "DirectFont" boxes, and the character lookups.
 #include "VellBase.h"
 
+#include "text/FontGlyphs.h"
 #include "text/font_file.h"
 
 #include <algorithm>
@@ -51,15 +52,6 @@ bool storeCells(TDirectFont &font, const vell::FontCell (&cells)[vell::kMaxFontC
     font.wCharCount = static_cast<WORD>(count);
     font.bLastIndex = static_cast<BYTE>(count > 0 ? count - 1 : 0);
     return true;
-}
-
-// Entry c of the table: {position, width}, or null when the font lacks c.
-const DWORD *cellOf(const TDirectFont &font, unsigned char c) {
-    const unsigned k = static_cast<unsigned char>(c - 32);
-    if (font.lpSpacings == nullptr || font.wCharCount == 0 || k > font.bLastIndex ||
-        k >= vell::kMaxFontChars)
-        return nullptr;
-    return font.lpSpacings[k];
 }
 
 } // namespace
@@ -133,17 +125,14 @@ unsigned char *TDirectFont::getFontData() {
 }
 
 int TDirectFont::getCharPos(unsigned char c) {
-    const DWORD *cell = cellOf(*this, c);
-    return cell != nullptr ? static_cast<int>(cell[0]) : 0;
+    return static_cast<int>(vell::cellOf(vell::FontGlyphs(*this).font, c).position);
 }
 
 int TDirectFont::getCharWidth(unsigned char c) {
-    const DWORD *cell = cellOf(*this, c);
-    return cell != nullptr ? static_cast<int>(cell[1]) : 0;
+    return static_cast<int>(vell::cellOf(vell::FontGlyphs(*this).font, c).width);
 }
 
 int TDirectFont::getStringWidth(const unsigned char *s) {
-    const std::uint64_t width =
-        vell::lineWidth(s, [this](unsigned char c) { return std::uint32_t(getCharWidth(c)); });
+    const std::uint64_t width = vell::lineWidth(vell::FontGlyphs(*this).font, s);
     return width > INT_MAX ? INT_MAX : static_cast<int>(width);
 }

@@ -110,20 +110,6 @@ inline FontCell fontCell(const FontCell *cells, unsigned count, unsigned char c)
     return k < count ? cells[k] : FontCell{0, 0};
 }
 
-// The width of the first line of a zero-terminated text: the sum of widthOf(c) over its
-// characters up to the first byte 0, 10 or 13. A null text is 0 wide.
-template <class WidthOf> std::uint64_t lineWidth(const unsigned char *text, WidthOf &&widthOf) {
-    std::uint64_t width = 0;
-    for (; text != nullptr && *text != 0 && *text != 10 && *text != 13; ++text)
-        width += widthOf(*text);
-    return width;
-}
-
-inline std::uint64_t textLineWidth(const FontCell *cells, unsigned count,
-                                   const unsigned char *text) {
-    return lineWidth(text, [&](unsigned char c) { return fontCell(cells, count, c).width; });
-}
-
 } // namespace vell
 
 #endif

@@ -1,9 +1,10 @@
-// A loaded bitmap font as its readers see it, and the one walk along a text that printing and the
-// text images share (platform-free).
+// A loaded bitmap font as its readers see it, the line rule, and the one walk along a text that
+// printing and the text images share (platform-free).
 //
 // Every byte of a text is one character. A line feed (10) goes back to the start column and one
 // glyph height down; other codes below 32 take no room; any other code occupies its cell (none
-// when the font lacks it) and advances by the cell's width.
+// when the font lacks it, fontCell) and advances by the cell's width. A width is measured of a
+// text's first line, which a line feed or a carriage return (13) ends.
 #ifndef VELL_GLYPH_FONT_H
 #define VELL_GLYPH_FONT_H
 
@@ -21,6 +22,26 @@ struct GlyphFont {
     const FontCell *cells; // a cell may reach past the stride (a marker in a row's padding)
     unsigned count;
 };
+
+constexpr bool startsNewLine(unsigned char c) {
+    return c == 10;
+}
+constexpr bool endsMeasuredLine(unsigned char c) {
+    return c == 0 || c == 10 || c == 13;
+}
+
+inline FontCell cellOf(const GlyphFont &font, unsigned char c) {
+    return fontCell(font.cells, font.count, c);
+}
+
+// The width of the first line of a zero-terminated text: the sum of its characters' widths. A
+// null text is 0 wide.
+inline std::uint64_t lineWidth(const GlyphFont &font, const unsigned char *text) {
+    std::uint64_t width = 0;
+    for (; text != nullptr && !endsMeasuredLine(*text); ++text)
+        width += cellOf(font, *text).width;
+    return width;
+}
 
 // The columns of a cell that lie in the plane's row: a cell reaching past it (made by a marker in
 // the padding of the file's rows, or by a damaged table) is cut at its end, so no reader goes past
@@ -40,13 +61,13 @@ void walkText(const GlyphFont &font, const unsigned char *text, std::int64_t x, 
     const std::int64_t x0 = x;
     for (; *text != 0; ++text) {
         const unsigned char c = *text;
-        if (c == 10) {
+        if (startsNewLine(c)) {
             x = x0;
             y += font.height;
             continue;
         }
         if (c < 32) continue;
-        const FontCell cell = fontCell(font.cells, font.count, c);
+        const FontCell cell = cellOf(font, c);
         const std::int64_t left = std::max<std::int64_t>(0, -x);
         const std::int64_t right = std::min<std::int64_t>(columnsInPlane(font, cell), width - x);
         if (left < right && y < height && y + std::int64_t{font.height} > 0)

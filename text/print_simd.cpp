@@ -92,7 +92,9 @@ private:
     std::int64_t y_ = 0, top_ = 0, bottom_ = 0, left_ = 0;
     std::size_t count_ = 0, columns_ = 0;
     Piece pieces_[kStrip];
-    alignas(64) std::uint8_t coverage_[8192]; // rows of coverage, at least 16 of a full strip
+    // Rows of coverage, gathered a batch at a time: 14 of a full strip (512 columns and 16 bytes of
+    // room behind them, a pitch of 576 bytes), more of a narrower one.
+    alignas(64) std::uint8_t coverage_[8192];
 };
 
 } // namespace

@@ -1,11 +1,13 @@
-// The pixel rules proved exhaustively, the painting loops against a pixel-by-pixel reading of the
-// rules on random images, and the TGA loader on crafted files.
+// The pixel rules proved exhaustively, the painting loops of every path against a pixel-by-pixel
+// reading of the rules on random images, and the TGA loader on crafted files. Built into the host
+// tests and the Windows image tests.
 #include "image/compose.h"
 #include "image/tga.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -42,11 +44,10 @@ template <std::uint32_t Mode> void proveLayout() {
                 };
                 const auto dw = std::uint16_t(join<Mode>(dc) | high);
                 const auto sw = std::uint16_t(join<Mode>(sc) | high);
-                ASSERT_EQ(mix<Mode>(dw, sw, a),
-                          join<Mode>({want(dc.blue, sc.blue), want(dc.green, sc.green),
-                                      want(dc.red, sc.red)}))
-                    << d << " " << s << " " << a;
-                ASSERT_EQ(mixPixel(Mode, dw, sw, a), mix<Mode>(dw, sw, a));
+                const std::uint16_t mixed = join<Mode>(
+                    {want(dc.blue, sc.blue), want(dc.green, sc.green), want(dc.red, sc.red)});
+                ASSERT_EQ(mix<Mode>(dw, sw, a), mixed) << d << " " << s << " " << a;
+                ASSERT_EQ(mixPixel(Mode, dw, sw, a), mixed) << d << " " << s << " " << a;
             }
 }
 
@@ -55,31 +56,70 @@ TEST(PixelFormat, SplitJoinPackAndMixForEveryValue) {
     proveLayout<kMode565>();
 }
 
-// The reference loops of Paint (opacity -1 here) and Blend on random images, against the rules
-// read pixel by pixel (every other path is held to these loops by simd_test).
-TEST(Compose, ScalarLoopsFollowTheRulesPixelByPixel) {
+// The visible part of a w x h image at (x, y) on a 10 x 8 target, as left,top,right,bottom.
+TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
+    const struct {
+        std::int32_t x, y;
+        std::uint32_t w, h;
+        const char *want;
+    } cases[] = {
+        {2, 1, 4, 3, "2,1,6,4"},
+        {-2, -1, 4, 3, "0,0,2,2"},
+        {8, 6, 4, 3, "8,6,10,8"},
+        {-4, 0, 4, 3, "none"},
+        {10, 0, 4, 3, "none"},
+        {0, 8, 4, 3, "none"},
+        {1, 1, 0, 3, "none"},
+        {INT32_MAX, 0, ~0u, 1, "none"}, // no overflow
+        {INT32_MIN, 2, ~0u, 1, "0,2,10,3"},
+    };
+    for (const auto &c : cases) {
+        ClipRect r = {};
+        const bool any = visiblePart(10, 8, c.x, c.y, c.w, c.h, r);
+        EXPECT_EQ(any ? std::to_string(r.left) + "," + std::to_string(r.top) + "," +
+                            std::to_string(r.right) + "," + std::to_string(r.bottom)
+                      : "none",
+                  c.want)
+            << c.x << "," << c.y << " " << c.w << "x" << c.h;
+    }
+}
+
+// Paint (opacity -1 here) and Blend on random images, on every path this processor runs, against
+// the rules read pixel by pixel. Every tenth image is wide and low (a few long rows); alpha is
+// noise or runs long enough to fill whole vectors with 0 or 255; planes and rows start at odd
+// words and rows have odd pitches: no alignment is assumed.
+TEST(Compose, EveryPathFollowsTheRulesPixelByPixel) {
+    std::printf("pixel paths:");
+    for (std::size_t k = 0; k < simdPaths().count; ++k)
+        std::printf(" %s", simdPathName(simdPaths().path[k]));
+    std::printf(" (drawing with %s)\n", simdPathName(simdPath()));
     std::mt19937 random(20261123);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
     auto oneOf = [&](std::vector<int> v) { return v[pick(0, int(v.size()) - 1)]; };
-    for (int trial = 0; trial < 3000; ++trial) {
-        const int w = pick(0, 70) | (trial % 2), h = pick(0, 70), W = pick(1, 80), H = pick(1, 60);
+    for (int trial = 0; trial < 4000; ++trial) {
+        const bool wide = trial % 10 == 0;
+        const int w = wide ? pick(100, 1100) : pick(0, 70) | (trial % 2),
+                  h = pick(0, wide ? 4 : 70);
+        const int W = pick(1, wide ? 1200 : 80), H = pick(1, wide ? 6 : 60);
         const int x = pick(-w - 4, W + 4), y = pick(-h - 4, H + 4);
-        const std::uint32_t mode = pick(0, 3);
+        const std::uint32_t mode = oneOf({0, 3, 1, 1, 1, 2, 2, 2});
         const int colourArg = oneOf({-1, -1, pick(0, 0xFFFF), pick(-70000, 70000)});
         const int alphaArg = oneOf({-1, -1, 0, 255, pick(1, 254), pick(-300, 300)});
-        const int opacity = oneOf({-1, -1, 0, 255, 300, pick(1, 254)});
-        // Rows of odd pitches, starting at an odd word: no alignment is assumed.
-        const int pitch = W + pick(0, 3), start = 1 + pick(0, 1);
-        std::vector<std::uint16_t> rgb(w * h), memory(start + pitch * H + 3);
-        std::vector<std::uint8_t> alpha(w * h);
+        const int opacity = oneOf({-1, -1, 0, 255, 300, pick(1, 254), pick(1, 254)});
+        const int pitch = W + pick(0, 3), start = pick(0, 3), offset = pick(0, 3);
+        std::vector<std::uint16_t> rgb(offset + w * h), memory(start + pitch * H + 3);
+        std::vector<std::uint8_t> alpha(offset + w * h);
         for (auto *plane : {&rgb, &memory})
             for (auto &v : *plane)
                 v = std::uint16_t(pick(0, 0xFFFF));
-        for (auto &v : alpha)
-            v = std::uint8_t(oneOf({0, 255, pick(0, 255)}));
+        const bool runs = pick(0, 1);
+        for (std::size_t i = 0, left = 0, kind = 0; i < alpha.size(); ++i, --left) {
+            if (!runs || left == 0) kind = pick(0, 2), left = pick(1, 80);
+            alpha[i] = std::uint8_t(kind == 0 ? 0 : kind == 1 ? 255 : pick(0, 255));
+        }
         const ImagePlanes image = {std::uint32_t(w), std::uint32_t(h),
-                                   pick(0, 1) ? alpha.data() : nullptr,
-                                   pick(0, 1) ? rgb.data() : nullptr};
+                                   pick(0, 3) ? alpha.data() + offset : nullptr,
+                                   pick(0, 3) ? rgb.data() + offset : nullptr};
 
         // The rules: sources by the arguments, alpha scaled by the opacity, then per pixel.
         std::vector<std::uint16_t> want = memory;
@@ -102,14 +142,18 @@ TEST(Compose, ScalarLoopsFollowTheRulesPixelByPixel) {
             d = alphaAt(i) == 255 ? s : mixPixel(mode, d, s, alphaAt(i));
         }
 
-        const PixelTarget target = {reinterpret_cast<std::uint8_t *>(&memory[start]), pitch * 2, W,
-                                    H};
         const Sources src = paintSources(image, colourArg, alphaArg);
-        ASSERT_EQ(opacity == -1 ? paintImageScalar(target, x, y, src, mode)
-                                : blendImageScalar(target, x, y, src, opacity, mode),
-                  drawable || opacity == 0)
-            << "trial " << trial;
-        ASSERT_EQ(memory, want) << "trial " << trial;
+        for (std::size_t k = 0; k < simdPaths().count; ++k) {
+            const SimdPath path = simdPaths().path[k];
+            std::vector<std::uint16_t> got = memory;
+            const PixelTarget target = {reinterpret_cast<std::uint8_t *>(&got[start]), pitch * 2, W,
+                                        H};
+            ASSERT_EQ(opacity == -1 ? paintImage(path, target, x, y, src, mode)
+                                    : blendImage(path, target, x, y, src, opacity, mode),
+                      drawable || opacity == 0)
+                << simdPathName(path) << ", trial " << trial;
+            ASSERT_EQ(got, want) << simdPathName(path) << ", trial " << trial;
+        }
     }
 }
 
@@ -154,10 +198,12 @@ TEST(Tga, CraftedFiles) {
         {whole, 1, 0, "3x2 A", ""},
         {tgaFile(3, 2, 32, 0x08), 2, 0, "3x2 C", ""},
         {tgaFile(3, 2, 32, 0x20), 0, 0, "3x2 C", ""},
+        {tgaFile(3, 2, 32, 0x18), 0, 0, "3x2 CA", ""}, // bit 4 (right to left) is no alpha bit
         {tgaFile(3, 2, 32, 0x04), 0, 0, "3x2 C", unknown},
         {tgaFile(4, 2, 24, 0), 1, 0, "4x2 ", ""},
         {withId, 0, 0, "3x2 C", ""},
         {tgaFile(0, 7, 24, 0), 0, 0, "0x0 ", ""},
+        {tgaFile(3, 0, 24, 0), 0, 0, "0x0 ", ""}, // the header alone holds all 0 rows
         {tgaFile(3, 2, 24, 0, 0, 1, 1), 0, 0, "0x0 ", wrong + "has a color table!"},
         {tgaFile(3, 2, 24, 0, 0, 10), 0, 0, "0x0 ",
          wrong + "has compression and/or isn't stored in TrueColor format!\n"},
@@ -191,8 +237,9 @@ TEST(Tga, CraftedFiles) {
                 const std::uint32_t row = i / image.width, x = i % image.width;
                 const int n =
                     ((c.file[17] & 0x20 ? row : image.height - 1 - row) * image.width + x);
-                if (image.rgb) EXPECT_EQ(image.rgb[i], packRGB(mode, 3 * n + 2, 3 * n + 1, 3 * n));
-                if (image.alpha) EXPECT_EQ(image.alpha[i], 255 - n);
+                const std::uint16_t word = packRGB(mode, 3 * n + 2, 3 * n + 1, 3 * n);
+                EXPECT_EQ(image.rgb ? image.rgb[i] : word, word);
+                EXPECT_EQ(image.alpha ? image.alpha[i] : 255 - n, 255 - n);
             }
             freePlanes(image);
         }

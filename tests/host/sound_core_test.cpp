@@ -15,8 +15,11 @@ TEST(Volume, ScaleAndItsEnds) {
         EXPECT_EQ(vell::volumeToAttenuation(volume), attenuation) << "volume " << volume;
     for (unsigned long v = 1; v <= 100; ++v) // and back: 0 reads as 1, 101 and more as 100
         EXPECT_EQ(vell::attenuationToVolume(vell::volumeToAttenuation(v)), static_cast<int>(v));
-    EXPECT_EQ(vell::attenuationToVolume(5), 100);   // the registry default
-    EXPECT_EQ(vell::attenuationToVolume(20000), 1); // beyond silence: hand-edited
+    // Read back: ceil(10 ^ ((10000 - attenuation) / 5000)); 5 is the registry default, 20000 only a
+    // hand-edited registry holds (it counts as 10000), 1000 gives ceil(63.096).
+    const std::pair<std::uint32_t, int> back[] = {{0, 100}, {5, 100}, {1000, 64}, {20000, 1}};
+    for (auto [attenuation, volume] : back)
+        EXPECT_EQ(vell::attenuationToVolume(attenuation), volume) << "attenuation " << attenuation;
 }
 
 } // namespace

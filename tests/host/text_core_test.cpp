@@ -68,9 +68,11 @@ TEST(FontFile, MarkersCloseTheCells) {
     EXPECT_EQ(cellsOf(font, 31, 35), "0+0 0+0 0+5 5+4 9+3 ");
     EXPECT_EQ(cellsOf(font, 255, 255), "231+1 ");
     const auto *text = reinterpret_cast<const unsigned char *>("!\"\r#\0!\"\n#");
-    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, text), 9u);
-    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, text + 5), 9u);
-    EXPECT_EQ(vell::textLineWidth(font.cells, font.count, nullptr), 0u);
+    const vell::GlyphFont glyphs = {font.glyphs.data(), font.width, font.height, font.cells,
+                                    font.count};
+    EXPECT_EQ(vell::lineWidth(glyphs, text), 9u);
+    EXPECT_EQ(vell::lineWidth(glyphs, text + 5), 9u);
+    EXPECT_EQ(vell::lineWidth(glyphs, nullptr), 0u);
 }
 
 TEST(FontFile, RefusesWhatIsNotAFont) {
@@ -92,6 +94,21 @@ TEST(FontFile, RefusesWhatIsNotAFont) {
     EXPECT_FALSE(parse(fontFileBytes(p, false, 257), font)) << "257 colours";
     EXPECT_FALSE(parse(fontFileBytes(p, true), font, 1)) << "a byte short";
     EXPECT_EQ(font.width, 77u);
+}
+
+// The walk along a text on its own, on a 5 x 4 plane: glyph@x,y of each visible cell part and its
+// columns. Cells: ' ' 0+2, '!' 2+1, '"' 3+3 and '#' 5+4, which reaches past the stride of 6.
+TEST(GlyphFont, WalkTextVisitsTheVisiblePartOfEachCell) {
+    const vell::FontCell cells[] = {{0, 2}, {2, 1}, {3, 3}, {5, 4}};
+    const vell::GlyphFont font = {nullptr, 6, 2, cells, 4};
+    std::string visits;
+    vell::walkText(font, reinterpret_cast<const unsigned char *>("!\" \r#\n\"#\n\n!"), -1, -1, 5, 4,
+                   [&](std::size_t glyph, std::int64_t x, std::size_t columns, std::int64_t y) {
+                       visits += std::to_string(glyph) + "@" + std::to_string(x) + "," +
+                                 std::to_string(y) + "x" + std::to_string(columns) + " ";
+                   });
+    // '!' lies left of the plane, '#' right of it or cut at the stride; the last line below it.
+    EXPECT_EQ(visits, "3@0,-1x3 0@3,-1x2 4@0,1x2 5@2,1x1 ");
 }
 
 // The printing rule read pixel by pixel: each cell of the text that covers the pixel mixes it

@@ -47,21 +47,32 @@ TEST_F(DisplayTest, DeviceChoiceIsReadAtConstructionAndSavedAtDestruction) {
     EXPECT_TRUE(IsEqualGUID(openDisplay(0).guidDevice, GUID_NULL));
 }
 
-// Null arguments and flips are refused without a word; refused surfaces are shown or logged.
-TEST_F(DisplayTest, WindowedDisplayHasNoBackBufferAndRefusesNullArgumentsAndBadSurfaces) {
+TEST_F(DisplayTest, WindowedDisplayHasNoBackBuffer) {
     TDirectDraw &dd = openDisplay(2); // every mode but 1 is windowed
     EXPECT_NE(dd.lpPrimary, nullptr);
     EXPECT_EQ(dd.lpBack, nullptr);
     EXPECT_EQ(dd.Flip(), 0); // the desktop does not flip
     // On a desktop of another depth than 16 bits painting must refuse rather than corrupt it.
     EXPECT_EQ(dd.wWhite, screenDepth() == 16 ? 0xFFFF : 0);
-    IDirectDrawSurface2 *s = dd.lpPrimary; // null arguments fail
+}
+
+// Null arguments are refused without a word.
+TEST_F(DisplayTest, NullArgumentsAreRefusedSilently) {
+    TDirectDraw &dd = openDisplay(2);
+    IDirectDrawSurface2 *s = dd.lpPrimary;
     RECT r = dd.CreateRect(0, 0, 32, 32);
     EXPECT_EQ(dd.Blit(nullptr, 0, 0, s, &r, 0), 0);
     EXPECT_EQ(dd.Blit(s, 0, 0, s, nullptr, 0), 0);
     EXPECT_EQ(dd.ClearSurface(nullptr, 0), DDERR_INVALIDPARAMS);
     EXPECT_EQ(dd.ColorMatch(nullptr, 0), 0xFFFFFFFFul);
+    EXPECT_FALSE(dd.LoadBitmap(nullptr, nullptr, false));
+    const std::string opening = vtest::expectDeviceList(dd.lpDeviceList, false);
+    EXPECT_EQ(closeAndReadLog(), opening + kClosing);
+}
 
+// Refused surfaces are shown in a box (with the window of construction as owner) and logged.
+TEST_F(DisplayTest, RefusedSurfacesAndBitmapsAreShownOrLogged) {
+    TDirectDraw &dd = openDisplay(2);
     IDirectDrawSurface2 *made = nullptr;
     DDSURFACEDESC desc = {};
     desc.dwSize = sizeof desc;
@@ -75,7 +86,6 @@ TEST_F(DisplayTest, WindowedDisplayHasNoBackBufferAndRefusesNullArgumentsAndBadS
     expectBox("DirectDraw", "CreateSurface() failed!\n\nInvalid parameters!", window);
     EXPECT_FALSE(dd.CreateSurface(made, 0, 0, "no such bitmap"));
     EXPECT_FALSE(dd.LoadBitmap(nullptr, "nope.bmp", false));
-    EXPECT_FALSE(dd.LoadBitmap(nullptr, nullptr, false));
     dd.Exit();
     base->hWnd = vtest::createWindow(); // boxes belong to the window of construction
     EXPECT_FALSE(dd.CreateSurface(made, 8, 8, nullptr));

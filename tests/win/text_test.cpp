@@ -2,7 +2,6 @@
 // editor driven by keys posted while it runs; every result is read back from the surfaces.
 #include "harness.h"
 #include "tests/host/font_bytes.h"
-#include "text/FontGlyphs.h"
 #include "text/print_loop.h"
 
 #include <cstdlib>
@@ -24,13 +23,22 @@ vtest::FontPicture fontPicture(int chars, std::uint32_t rows) {
 
 using vtest::pixels;
 
+// A font file's contents as the platform-free parser reads them (tested on its own), for the
+// expected pixels: independent of TDirectFont's table and of how the DLL reads it.
+vell::FontImage parsed(const std::string &bytes) {
+    vell::FontImage font;
+    EXPECT_TRUE(vell::parseFontFile(reinterpret_cast<const std::uint8_t *>(bytes.data()),
+                                    bytes.size(), font));
+    return font;
+}
+
 // What the scalar reference loop makes of `want`, a surface w pixels wide.
-void printOn(std::vector<std::uint16_t> &want, int w, TDirectFont &f, int x, int y,
+void printOn(std::vector<std::uint16_t> &want, int w, const vell::FontImage &f, int x, int y,
              const char *text, std::uint16_t colour, std::uint8_t t, DWORD mode) {
     vell::printGlyphsScalar(
         {reinterpret_cast<std::uint8_t *>(want.data()), 2 * w, w, int(want.size()) / w},
-        vell::FontGlyphs(f).font, x, y, reinterpret_cast<const unsigned char *>(text), colour, t,
-        mode);
+        {f.glyphs.data(), f.width, f.height, f.cells, f.count}, x, y,
+        reinterpret_cast<const unsigned char *>(text), colour, t, mode);
 }
 
 // The widths of codes 32 to 37, e.g. "5 4 3 0 0 0".
@@ -48,9 +56,12 @@ protected:
         if (IsSkipped() || HasFatalFailure()) return;
         ASSERT_TRUE(vtest::writeFile("big.bmp", fontFileBytes(big, false)));
         ASSERT_TRUE(vtest::writeFile("small.bmp", fontFileBytes(fontPicture(19, 6), true)));
+        bigImage = parsed(fontFileBytes(big, false));
+        smallImage = parsed(fontFileBytes(fontPicture(19, 6), true));
     }
     const vtest::FontPicture big = fontPicture(197, 9); // codes 32 to 0xE4; the small font has
                                                         // neither letters nor '_'
+    vell::FontImage bigImage, smallImage;
     std::mt19937 rng{3};
 };
 
@@ -85,6 +96,20 @@ TEST_F(TextTest, FontFilesAndTheirBoxes) {
     }
 }
 
+// Widths, strings, printing and text images all go by the font's bLastIndex, which a client may
+// lower: characters past it are not in the font for any of them.
+TEST_F(TextTest, EveryReaderGoesByTheLastIndex) {
+    TDirectFont font("big.bmp");
+    font.bLastIndex = 2; // codes 32 to 34
+    EXPECT_EQ(widths(font), "3 3 3 0 0 0");
+    EXPECT_EQ(font.getCharPos('#'), 0);
+    EXPECT_EQ(font.getStringWidth(reinterpret_cast<const unsigned char *>("!#!")), 6);
+    EXPECT_EQ(TBitmap(&*display, &font, "!#!").dwWidth, 6u);
+    const std::vector<std::uint16_t> before = pixels(display->lpBack, true);
+    EXPECT_EQ(display->PrintText(&font, display->lpBack, 0, 0, "##", 0xFFFF, 0), 3);
+    EXPECT_TRUE(pixels(display->lpBack) == before);
+}
+
 // The spacing row is read from column 0 to its stored end: markers in the row's padding count.
 TEST_F(TextTest, OneRowFontsAndSpacingRowsReadWhole) {
     vtest::FontPicture row{14, {}, std::vector<std::uint8_t>(14)}; // the spacing row alone
@@ -113,8 +138,10 @@ TEST_F(TextTest, OneRowFontsAndSpacingRowsReadWhole) {
 TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
     // Made by vell-fontmaker: checked in, or just made from an installed font (fontmaker_test.sh).
     const char *madeNow = std::getenv("VELL_MADE_FONT");
-    TDirectFont font("big.bmp"), made(madeNow ? madeNow : vtest::dataFile("sans16.bmp").c_str());
+    const std::string madeFile = madeNow ? madeNow : vtest::dataFile("sans16.bmp");
+    TDirectFont font("big.bmp"), made(madeFile.c_str());
     ASSERT_NE(made.getFontData(), nullptr);
+    const vell::FontImage madeImage = parsed(vtest::readFile(madeFile));
     IDirectDrawSurface2 *surface555 = make555(61, 23);
     for (auto [s, w, h, mode] :
          {std::tuple(display->lpBack, 640, 480, 2), {surface555, 61, 23, 1}}) {
@@ -130,11 +157,11 @@ TEST_F(TextTest, PrintsOnBothLayoutsClippedAtEveryEdge) {
             const auto colour = static_cast<std::uint16_t>(rng());
             EXPECT_EQ(display->PrintText(&font, s, x, y, text, colour, t),
                       int(std::strlen(text)) + 1);
-            printOn(want, w, font, x, y, text, colour, t, mode);
+            printOn(want, w, bigImage, x, y, text, colour, t, mode);
         }
         // A font the font maker made prints by the same rule.
         EXPECT_EQ(display->PrintText(&made, s, 2, h - 12, "Wij 0!", 0x7BEF, 0), 7);
-        printOn(want, w, made, 2, h - 12, "Wij 0!", 0x7BEF, 0, mode);
+        printOn(want, w, madeImage, 2, h - 12, "Wij 0!", 0x7BEF, 0, mode);
         EXPECT_TRUE(pixels(s) == want) << "mode " << mode;
     }
     EXPECT_EQ(display->PrintText(nullptr, surface555, 0, 0, "x", 0, 0), 0);
@@ -179,6 +206,7 @@ TEST_F(TextTest, EditorTakesKeysWhileItRuns) {
     const int narrow = 640 - 9; // room for "aa_"
     const struct {
         TDirectFont *font;
+        const vell::FontImage *image; // the same font, for the expected pixels
         int x, y;
         const char *initial;
         int maxLength;
@@ -186,17 +214,19 @@ TEST_F(TextTest, EditorTakesKeysWhileItRuns) {
         std::string keys;
         const char *result; // null: nothing drawn
     } cases[] = {
-        {&font, 40, 100, "ab", 10, true, "CD\b\r", "abc"},
-        {&font, 0, 0, "xy", 3, false, "\x7F\x85\1zw\b\xE4\r", "xy\xE4"},
-        {&font, 300, 471, "hi", 8, false, "a\b\b\b\bb\x1B", "hi"},
-        {&font, narrow, 50, "", 9, false, std::string("a") + kQuit + "aa\r", "aa"},
-        {&small, 10, 300, "", 5, false, "z!\r", "!"},
-        {&font, 10, 472, "keep", 9, false, "", nullptr}, // the strip would leave the screen
-        {&font, 10, 20, "go", 9, false, std::string("a") + kDestroy, "go"}, // no window: Escape
+        {&font, &bigImage, 40, 100, "ab", 10, true, "CD\b\r", "abc"},
+        {&font, &bigImage, 0, 0, "xy", 3, false, "\x7F\x85\1zw\b\xE4\r", "xy\xE4"},
+        {&font, &bigImage, 300, 471, "hi", 8, false, "a\b\b\b\bb\x1B", "hi"},
+        {&font, &bigImage, narrow, 50, "", 9, false, std::string("a") + kQuit + "aa\r", "aa"},
+        {&small, &smallImage, 10, 300, "", 5, false, "z!\r", "!"},
+        {&font, &bigImage, 10, 472, "keep", 9, false, "",
+         nullptr}, // the strip would leave the screen
+        {&font, &bigImage, 10, 20, "go", 9, false, std::string("a") + kDestroy,
+         "go"}, // no window: Escape
     };
     for (const auto &c : cases) {
         std::vector<std::uint16_t> want = pixels(display->lpPrimary, true);
-        if (c.result != nullptr) printOn(want, 640, *c.font, c.x, c.y, c.result, 0xFFFF, 0, 2);
+        if (c.result != nullptr) printOn(want, 640, *c.image, c.x, c.y, c.result, 0xFFFF, 0, 2);
         editorReading = CreateEventA(nullptr, TRUE, c.keys.empty(), nullptr);
         windowSawKeys = 0;
         PostMessageA(window, WM_CHAR, 'Q', 1); // queued before the editor opens: dropped

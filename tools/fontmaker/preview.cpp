@@ -53,9 +53,9 @@ bool renderPreview(const std::vector<std::uint8_t> &fontFile, const CodePage &pa
     const std::vector<unsigned char> local = encode(page, sample(page));
     std::uint64_t widest = 0;
     for (const auto *line : {&pangram, &local})
-        widest = std::max(widest, textLineWidth(font.cells, font.count, line->data()));
+        widest = std::max(widest, lineWidth(glyphs, line->data()));
     for (const auto &row : rows)
-        widest = std::max(widest, textLineWidth(font.cells, font.count, row.data()));
+        widest = std::max(widest, lineWidth(glyphs, row.data()));
 
     const int line = static_cast<int>(font.height);
     const int samples = kMargin + static_cast<int>(rows.size()) * line + line / 2;

@@ -10,7 +10,7 @@ import matplotlib
 
 matplotlib.use("Agg")
 import matplotlib.pyplot as plt  # noqa: E402 (after the back end is chosen)
-from matplotlib.ticker import FixedLocator, NullLocator, ScalarFormatter  # noqa: E402
+from matplotlib.ticker import FixedLocator, LogLocator, NullLocator, ScalarFormatter  # noqa: E402
 
 sweep_json, out, machine = sys.argv[1:4]
 rate = {}  # (impl, op, width, position) -> Mpixel/s
@@ -21,13 +21,13 @@ for b in data["benchmarks"]:
         rate[(impl, op, int(load[1:4]), load[4])] = b["items_per_second"] / 1e6
 repetitions = data["benchmarks"][0].get("repetitions")
 
-lines = [("vell", "this library, the path chosen here", "#c0392b", "-"),
+lines = [("vell", "this library, the widest path here", "#c0392b", "-"),
          ("vell_avx2", "this library, AVX2", "#e67e22", "-"),
          ("vell_sse2", "this library, SSE2", "#d4ac0d", "-"),
          ("pixman", "pixman", "#2471a3", "--"),
          ("sdl2", "SDL2", "#7d3c98", "--")]
 ops = [("paint", "Paint: per-pixel alpha"), ("blend", "Blend: per-pixel alpha, opacity 100")]
-figure, axes = plt.subplots(1, 2, figsize=(11, 4.6), sharey=True)
+figure, axes = plt.subplots(1, 2, figsize=(11, 5), sharey=True)
 for axis, (op, title) in zip(axes, ops):
     for impl, label, colour, style in lines:
         widths = sorted({w for (i, o, w, _) in rate if i == impl and o == op})
@@ -43,12 +43,15 @@ for axis, (op, title) in zip(axes, ops):
     axis.xaxis.set_major_locator(FixedLocator([1, 2, 4, 8, 16, 32, 64, 128, 256]))
     axis.xaxis.set_major_formatter(ScalarFormatter())
     axis.xaxis.set_minor_locator(NullLocator())
+    axis.yaxis.set_major_locator(LogLocator(subs=(1, 2, 5)))
     axis.yaxis.set_major_formatter(ScalarFormatter())
+    axis.yaxis.set_minor_locator(NullLocator())
     axis.set_xlabel("sprite width, pixels (256 rows)")
     axis.grid(True, which="both", color="#dddddd", linewidth=0.6)
 axes[0].set_ylabel("Mpixel/s (log scale)")
-axes[1].legend(loc="lower right", fontsize=9)
+handles, labels = axes[0].get_legend_handles_labels()
+figure.legend(handles, labels, loc="lower center", ncol=len(labels), fontsize=9, frameon=False)
 figure.suptitle("Width sweep, noisy alpha onto 5:6:5, one core of %s; median of %s runs, the "
                 "worse of x = 128 and 129" % (machine, repetitions), fontsize=10)
-figure.tight_layout()
+figure.tight_layout(rect=(0, 0.06, 1, 1))
 figure.savefig(out, dpi=90)

@@ -1,6 +1,6 @@
 # The release ZIP and the client project (client/) built against it, run under EMULATOR, by ROUTE:
 #   pack          makes the release ZIP of the build in BUILD and unpacks it in BUILD/release-zip;
-#   zip           MinGW (TOOLCHAIN) with find_package in the unpacked ZIP;
+#   zip           MinGW (TOOLCHAIN, cmake/mingw-default.cmake) with find_package in the ZIP;
 #   subdirectory  MinGW with add_subdirectory on the library's sources in SOURCE, after building
 #                 the library alone (--target VellBase) and installing it;
 #   msabi         a Visual Studio project (clang-cl, TOOLCHAIN) with find_package in the ZIP; its
@@ -35,19 +35,8 @@ set(library -DCMAKE_PREFIX_PATH=${unpacked})
 if(ROUTE STREQUAL "subdirectory")
     set(library -DVELLBASE_SOURCE=${SOURCE})
 endif()
-set(toolchain ${TOOLCHAIN})
-if(NOT ROUTE STREQUAL "msabi")
-    # MinGW as a user has it: the compilers of the win32 thread model, Debian's default, which
-    # the README's command line names. (The build's own are the posix ones, for GoogleTest; their
-    # programs import libwinpthread-1.dll unless linked with -static.)
-    set(toolchain ${work}/toolchain.cmake)
-    set(strip "string(REGEX REPLACE \"-posix$\" \"\" CMAKE_@_COMPILER \${CMAKE_@_COMPILER})\n")
-    string(REPLACE @ C c "${strip}")
-    string(REPLACE @ CXX cxx "${strip}")
-    file(WRITE ${toolchain} "include(${TOOLCHAIN})\n${c}${cxx}")
-endif()
 run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/client -B ${work} -G Ninja
-    -DCMAKE_BUILD_TYPE=Release -DVELL_TEST_DATA=${DATA} -DCMAKE_TOOLCHAIN_FILE=${toolchain}
+    -DCMAKE_BUILD_TYPE=Release -DVELL_TEST_DATA=${DATA} -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}
     -DVELL_MSABI_ARCH=${ARCH}
     ${library})
 if(ROUTE STREQUAL "subdirectory") # the install must find every file it names

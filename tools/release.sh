@@ -3,20 +3,15 @@
 # build/release, VellBase-<version>-win32.zip (the i686 DLL) and VellBase-<version>-win64.zip.
 # Each holds bin/VellBase.dll, lib/ (the import libraries and the CMake package), include/,
 # demo/ (ready to run), README.md and LICENSE. The binaries are those the tests run, stripped.
+# Each ZIP is a workflow preset (configure, build, package), one per build since a workflow keeps
+# to one configure preset: cmake --workflow --preset release-win64 makes one alone.
 #   tools/release.sh
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$VELL_ROOT"
 vell_install_packages
-out=$VELL_BUILD/release
-mkdir -p "$out"
-for build in win32 win64; do
-    vell_log "building and packing $build"
-    cmake --preset "$build" >/dev/null
-    cmake --build --preset "$build"
-    cpack --config "$VELL_BUILD/$build/CPackConfig.cmake" -B "$out" >/dev/null
-done
-rm -rf "$out/_CPack_Packages"
-for zip in "$out"/VellBase-*.zip; do
+for build in win32 win64; do cmake --workflow --preset "release-$build"; done
+rm -rf build/release/_CPack_Packages
+for zip in build/release/VellBase-*.zip; do
     echo "$zip: $(unzip -Z1 "$zip" | grep -vc '/$') files"
 done

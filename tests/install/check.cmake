@@ -1,11 +1,13 @@
 # The release ZIP and the client project (client/) built against it, run under EMULATOR, by ROUTE:
 #   pack          makes the release ZIP of the build in BUILD and unpacks it in BUILD/release-zip;
-#   zip           MinGW (TOOLCHAIN) with find_package in the unpacked ZIP;
-#   subdirectory  MinGW with add_subdirectory on the library's sources in SOURCE;
+#   zip           MinGW (TOOLCHAIN, cmake/mingw-default.cmake) with find_package in the ZIP;
+#   subdirectory  MinGW with add_subdirectory on the library's sources in SOURCE, after building
+#                 the library alone (--target VellBase) and installing it;
 #   msabi         a Visual Studio project (clang-cl, TOOLCHAIN) with find_package in the ZIP; its
 #                 two programs must import every Microsoft name the DLL exports and nothing else.
 #                 Where 32-bit programs cannot run (VELL_WIN32=0) the i686 ones are only checked.
-# The programs run in a folder with the test data (DATA, WAV).
+# MinGW's programs must import only Windows' own DLLs and VellBase.dll (OBJDUMP). The programs run
+# in a folder with the test data (DATA, WAV).
 set(zips ${BUILD}/release-zip)
 set(work ${BUILD}/client-${ROUTE})
 file(GLOB unpacked LIST_DIRECTORIES true ${zips}/VellBase-*-win??)
@@ -37,7 +39,26 @@ run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/client -B ${work} -G Ninja
     -DCMAKE_BUILD_TYPE=Release -DVELL_TEST_DATA=${DATA} -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}
     -DVELL_MSABI_ARCH=${ARCH}
     ${library})
+if(ROUTE STREQUAL "subdirectory") # the install must find every file it names
+    run(${CMAKE_COMMAND} --build ${work} --target VellBase)
+    run(${CMAKE_COMMAND} --install ${work}/vellbase --prefix ${work}/installed)
+endif()
 run(${CMAKE_COMMAND} --build ${work})
+
+if(NOT ROUTE STREQUAL "msabi") # beside the program a player has VellBase.dll and nothing else
+    set(windows "kernel32|user32|gdi32|advapi32|msvcrt|ddraw|dsound|winmm")
+    foreach(exe plain unicode)
+        run(${OBJDUMP} -p ${exe}.exe)
+        string(REGEX MATCHALL "DLL Name: [^\n]+" dlls "${out}")
+        list(TRANSFORM dlls REPLACE "^DLL Name: " "")
+        foreach(dll IN LISTS dlls)
+            string(TOLOWER ${dll} name)
+            if(NOT name MATCHES "^(vellbase|${windows})\\.dll$")
+                message(FATAL_ERROR "${exe}.exe imports ${dll}, which is not a DLL of Windows")
+            endif()
+        endforeach()
+    endforeach()
+endif()
 
 if(ROUTE STREQUAL "msabi")
     set(imported)

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -89,10 +88,6 @@ TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
 // noise or runs long enough to fill whole vectors with 0 or 255; planes and rows start at odd
 // words and rows have odd pitches: no alignment is assumed.
 TEST(Compose, EveryPathFollowsTheRulesPixelByPixel) {
-    std::printf("pixel paths:");
-    for (std::size_t k = 0; k < simdPaths().count; ++k)
-        std::printf(" %s", simdPathName(simdPaths().path[k]));
-    std::printf(" (drawing with %s)\n", simdPathName(simdPath()));
     std::mt19937 random(20261123);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
     auto oneOf = [&](std::vector<int> v) { return v[pick(0, int(v.size()) - 1)]; };

@@ -11,7 +11,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -62,32 +61,23 @@ struct Target {
 class Page {
 public:
     static constexpr std::size_t kSize = 4096;
-    Page() {
-#ifndef _WIN32
-        const std::size_t system = std::size_t(sysconf(_SC_PAGESIZE)), size = 2 * system;
-        void *m = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (m == MAP_FAILED || mprotect(static_cast<char *>(m) + system, system, PROT_NONE) != 0)
-            std::abort();
-        unmap_ = [m, size] { munmap(m, size); };
-        data_ = static_cast<std::uint8_t *>(m) + system - kSize;
-#else
-        data_ = memory_.data() + (64 - reinterpret_cast<std::uintptr_t>(memory_.data()) % 64);
-#endif
-    }
-    ~Page() {
-        if (unmap_) unmap_();
-    }
-    std::uint8_t *data() const {
-        return data_;
-    }
-    std::uint8_t *end() const {
-        return data_ + kSize;
-    }
+    std::uint8_t *data() const { return data_; }
+    std::uint8_t *end() const { return data_ + kSize; }
 
 private:
-    std::uint8_t *data_;
-    std::function<void()> unmap_;
+#ifndef _WIN32
+    std::uint8_t *data_ = [] { // kept mapped until the program ends
+        const std::size_t system = std::size_t(sysconf(_SC_PAGESIZE));
+        void *m =
+            mmap(nullptr, 2 * system, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (m == MAP_FAILED || mprotect(static_cast<char *>(m) + system, system, PROT_NONE) != 0)
+            std::abort();
+        return static_cast<std::uint8_t *>(m) + system - kSize;
+    }();
+#else
     std::vector<std::uint8_t> memory_ = std::vector<std::uint8_t>(kSize + 64);
+    std::uint8_t *data_ = memory_.data() + (64 - std::uintptr_t(memory_.data()) % 64);
+#endif
 };
 
 // Every row loop (paint with an alpha plane, scaled alpha or one alpha, each over a colour plane

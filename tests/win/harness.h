@@ -60,6 +60,28 @@ inline std::string dataFile(const char *name) { // test data, in "data" beside t
     return (std::filesystem::path(program).parent_path() / "data" / name).string();
 }
 
+// Wave files: chunks, a PCM "fmt " chunk and the RIFF form around them.
+inline std::string little(std::uint32_t value, int bytes) { // as Windows stores numbers
+    return std::string(reinterpret_cast<const char *>(&value), bytes);
+}
+
+// A chunk: identifier, declared size (by default the payload's), payload padded to even.
+inline std::string chunk(const char *id, const std::string &payload, std::int64_t declared = -1) {
+    return id + little(static_cast<std::uint32_t>(declared < 0 ? payload.size() : declared), 4) +
+           payload + std::string(payload.size() % 2, '\0');
+}
+
+// A "fmt " chunk of PCM samples.
+inline std::string format(DWORD rate, WORD channels, WORD bits, std::int64_t declared = -1) {
+    const WORD align = static_cast<WORD>(channels * bits / 8);
+    const PCMWAVEFORMAT pcm = {{WAVE_FORMAT_PCM, channels, rate, rate * align, align}, bits};
+    return chunk("fmt ", std::string(reinterpret_cast<const char *>(&pcm), sizeof pcm), declared);
+}
+
+inline std::string riff(const std::string &chunks, const char *form = "WAVE") {
+    return "RIFF" + little(static_cast<std::uint32_t>(4 + chunks.size()), 4) + form + chunks;
+}
+
 inline int screenDepth() { // bits per pixel of the X screen
     HDC screen = GetDC(nullptr);
     const int bits = GetDeviceCaps(screen, BITSPIXEL);

@@ -134,15 +134,14 @@ TEST_F(ImageTest, CutsOfADrawnSceneAndCopiesAreClippedRectangles) {
     EXPECT_EQ(shape(flipped), "0x0");
 }
 
-// GDI renders without anti-aliasing here, so only whole blocks of exact white count: factor 1
-// gives 0 or 255, factor 2 multiples of 64, factor 3 multiples of 28; factor 0 counts as 1.
+// The reduction's counting is text_image_test's; here the font's scaling by the factor (0 counts
+// as 1) and a plane of ink and background.
 TEST_F(ImageTest, TextImagesFromGdiFonts) {
     LOGFONTA logFont = {};
     logFont.lfHeight = -12;
     logFont.lfWidth = 7;
     logFont.lfQuality = NONANTIALIASED_QUALITY;
     std::strcpy(logFont.lfFaceName, "Tahoma");
-    const unsigned units[] = {255, 255, 64, 28}; // by factor
     std::vector<BYTE> atOne;
     for (unsigned char f : {1, 0, 2, 3}) {
         SCOPED_TRACE("factor " + std::to_string(f));
@@ -160,8 +159,6 @@ TEST_F(ImageTest, TextImagesFromGdiFonts) {
         const std::set<unsigned> seen(plane.begin(), plane.end());
         EXPECT_EQ(seen.count(0), 1u);
         EXPECT_GT(seen.size(), 1u);
-        for (unsigned a : seen)
-            EXPECT_TRUE(a == 255 || a % units[f] == 0) << a;
     }
 
     // Without a surface to measure on, the caller's structure stays as it was.

@@ -33,14 +33,7 @@ std::string waveFile() {
     std::string samples(2205 * 2, '\0');
     for (std::size_t i = 0; i < samples.size(); i += 2)
         samples[i + 1] = static_cast<char>(i % 64 < 32 ? 0x20 : 0xE0);
-    const auto little = [](std::uint32_t v) {
-        return std::string(reinterpret_cast<char *>(&v), 4);
-    };
-    const std::string format =
-        std::string("\1\0\1\0", 4) + little(22050) + little(44100) + std::string("\2\0\x10\0", 4);
-    const std::string chunks =
-        "fmt " + little(16) + format + "data" + little(std::uint32_t(samples.size())) + samples;
-    return "RIFF" + little(std::uint32_t(4 + chunks.size())) + "WAVE" + chunks;
+    return vtest::riff(vtest::format(22050, 1, 16) + vtest::chunk("data", samples));
 }
 
 class LongRun : public vtest::ScreenTest {

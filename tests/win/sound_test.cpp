@@ -7,30 +7,8 @@
 #include <cstdio>
 #include <numeric>
 
-using vtest::readValue;
-using vtest::writeValue;
+using namespace vtest;
 using SoundTest = vtest::VellTest;
-
-std::string little(std::uint32_t value, int bytes) { // as Windows stores numbers
-    return std::string(reinterpret_cast<const char *>(&value), bytes);
-}
-
-// A chunk: identifier, declared size (by default the payload's), payload padded to even.
-std::string chunk(const char *id, const std::string &payload, std::int64_t declared = -1) {
-    return id + little(static_cast<std::uint32_t>(declared < 0 ? payload.size() : declared), 4) +
-           payload + std::string(payload.size() % 2, '\0');
-}
-
-// A "fmt " chunk of PCM samples.
-std::string format(DWORD rate, WORD channels, WORD bits, std::int64_t declared = -1) {
-    const WORD align = static_cast<WORD>(channels * bits / 8);
-    const PCMWAVEFORMAT pcm = {{WAVE_FORMAT_PCM, channels, rate, rate * align, align}, bits};
-    return chunk("fmt ", std::string(reinterpret_cast<const char *>(&pcm), sizeof pcm), declared);
-}
-
-std::string riff(const std::string &chunks, const char *form = "WAVE") {
-    return "RIFF" + little(static_cast<std::uint32_t>(4 + chunks.size()), 4) + form + chunks;
-}
 
 const std::string kFormat = format(22050, 1, 16);
 
@@ -44,15 +22,12 @@ std::string tone(double seconds, double amplitude) {
 }
 
 TEST_F(SoundTest, VolumeIsKeptInTheRegistry) {
-    // The rule's own examples. Run by the i686 build, they catch x87 arithmetic (10 gave 5001).
-    const std::pair<int, unsigned> examples[] = {
-        {100, 0}, {50, 1506}, {10, 5000}, {2, 8495}, {1, 10000}};
+    // The scale itself is sound_core_test's, built in here too: on the i686 build it catches x87
+    // arithmetic (10 gave 5001). Here the object's own use of it.
     TDirectSound &ds = openSound();
-    for (auto [volume, attenuation] : examples) {
-        ds.setVolume(volume);
-        EXPECT_EQ(ds.dwVolume, attenuation) << "volume " << volume;
-        EXPECT_EQ(ds.getVolume(), volume);
-    }
+    ds.setVolume(10);
+    EXPECT_EQ(ds.dwVolume, 5000u);
+    EXPECT_EQ(ds.getVolume(), 10);
     ds.setVolume(50);
     sound.reset();
     EXPECT_EQ(readValue("TDirectSound::dwVolume"), "1506");

@@ -126,6 +126,12 @@ protected:
         return away;
     }
 
+    // Switches away and back: the screen changes, then shows `before` again.
+    void expectBack(const Frame &before) {
+        EXPECT_NE(switchAwayAndBack(), before) << "the picture stayed on the screen";
+        EXPECT_TRUE(waitFor([&] { return screen() == before; }, 15)) << "it did not come back";
+    }
+
     bool titleSays(const char *words) { // the demo's title tells what it does
         return waitFor(
             [&] {
@@ -162,8 +168,7 @@ TEST_F(SwitchAway, TheReadmeClientComesBackAsItWasAndPlays) {
     start("VellMinimal.exe", "MinimalClient", "");
     const Frame before = steadyFrame(desktop);
     ASSERT_NE(before, desktop) << "the client shows no scene";
-    EXPECT_NE(switchAwayAndBack(), before) << "the scene stayed on the screen";
-    EXPECT_TRUE(waitFor([&] { return screen() == before; }, 15)) << "the scene did not come back";
+    expectBack(before);
     EXPECT_GT(loudestWhile([] { press(VK_SPACE); }, 1.5), 500) << "no blip after the return";
     end();
 }
@@ -174,8 +179,7 @@ TEST_F(SwitchAway, TheDemoComesBackToThePausedFrameAndPlays) {
     PostMessageA(window, WM_KEYDOWN, 'P', 0); // pause: the frame holds still
     ASSERT_TRUE(titleSays(" - paused"));
     const Frame before = steadyFrame(desktop);
-    EXPECT_NE(switchAwayAndBack(), before);
-    EXPECT_TRUE(waitFor([&] { return screen() == before; }, 15)) << "the frame did not come back";
+    expectBack(before);
     // Going on, rocks leave the screen and the ship turns: whooshes and blips.
     EXPECT_GT(loudestWhile([&] { PostMessageA(window, WM_KEYDOWN, 'P', 0); }, 3), 500);
     end();
@@ -188,8 +192,7 @@ TEST_F(SwitchAway, TheDemosNameEntryGoesOnAfterTheReturn) {
     const Frame before = steadyFrame(desktop);
     PostMessageA(window, WM_CHAR, 'A', 0);
     const Frame typed = steadyFrame(before); // "Your name:" and "PlayerA_"
-    EXPECT_NE(switchAwayAndBack(), typed);
-    EXPECT_TRUE(waitFor([&] { return screen() == typed; }, 15)) << "the entry did not come back";
+    expectBack(typed);
     for (char key : {'b', '\r'})
         PostMessageA(window, WM_CHAR, static_cast<WPARAM>(key), 0);
     end(false);

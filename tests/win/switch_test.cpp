@@ -37,7 +37,8 @@ Frame screen() {
     return pixels;
 }
 
-// Runs `message` now and then (about every 50 ms) until `done` says yes or `seconds` pass.
+// Pumps this program's messages and asks `done` about every 50 ms, until it says yes or `seconds`
+// pass.
 template <class Done> bool waitFor(Done done, double seconds) {
     for (DWORD start = GetTickCount(); GetTickCount() - start < seconds * 1000; Sleep(50)) {
         MSG message;

@@ -1,9 +1,9 @@
-// Every pixel path this processor runs (image/simd.h) against the scalar loops, word for word: each
-// row loop at every row length around its blocks and at several start words, and seeded random
-// fonts and targets through whole printing calls (painting's random images are checked against
-// the rules themselves, on every path, in image_test.cpp). Built into the host tests and the
-// Windows image tests; with VELL_SIMD=0 only the scalar path is listed and there is nothing to
-// compare.
+// Every pixel path this processor runs (image/simd.h): each row loop against the scalar loop, word
+// for word, at every row length around its blocks and at several start words, and whole printing
+// calls against the printing rule read pixel by pixel, on seeded random fonts and targets with
+// guard rows (painting's random images are checked against the rules, on every path, in
+// image_test.cpp). Built into the host tests and the Windows image tests; with VELL_SIMD=0 only
+// the scalar path is listed.
 #include "image/compose.h"
 #include "text/print_loop.h"
 
@@ -23,38 +23,6 @@
 namespace {
 
 using namespace vell;
-
-struct Random {
-    std::mt19937 engine{20261124};
-    int operator()(int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(engine); }
-    // Bytes of noise (0, 255 or between, pixel by pixel) or of runs of one kind, long enough to
-    // fill whole vectors with 0 or 255.
-    std::vector<std::uint8_t> alpha(std::size_t n) {
-        std::vector<std::uint8_t> v(n);
-        const bool runs = (*this)(0, 1);
-        for (std::size_t i = 0, left = 0, kind = 0; i < n; ++i, --left) {
-            if (!runs || left == 0) kind = (*this)(0, 2), left = (*this)(1, 80);
-            v[i] = std::uint8_t(kind == 0 ? 0 : kind == 1 ? 255 : (*this)(0, 255));
-        }
-        return v;
-    }
-};
-
-// A target of W x H pixels inside memory with odd pitches and start words; every path draws on
-// its own copy of the same memory.
-struct Target {
-    int W, H, pitch, start;
-    std::vector<std::uint16_t> memory;
-    Target(Random &r, int maxW, int maxH)
-        : W(r(1, maxW)), H(r(1, maxH)), pitch(W + r(0, 3)), start(r(0, 3)),
-          memory(start + pitch * H + 3) {
-        for (auto &v : memory)
-            v = std::uint16_t(r(0, 0xFFFF));
-    }
-    PixelTarget on(std::vector<std::uint16_t> &m) const {
-        return {reinterpret_cast<std::uint8_t *>(&m[start]), 2 * pitch, W, H};
-    }
-};
 
 // One page of memory. On the host an inaccessible page follows it, so that a loop reading or
 // writing past the end of a row placed at the page's end faults.
@@ -150,36 +118,74 @@ TEST(SimdPaths, EveryRowLoopAtEveryLengthAndStart) {
                     }
 }
 
-TEST(SimdPaths, PrintingEqualsTheScalarLoop) {
-    Random r;
+// Printing read pixel by pixel, cell after cell in text order: a line feed goes back to the
+// start column one glyph height down, codes below 32 and codes past the font's cells take no
+// room, and each other cell mixes every pixel of the target it covers with the colour, at the
+// coverage g (scaled to g * (255 - t) / 256 at transparency t > 0), 0 and 255 included. A cell's
+// columns past the plane's row are blank.
+std::vector<std::uint16_t> printedByTheRule(std::vector<std::uint16_t> memory, int pitch, int W,
+                                            int H, const GlyphFont &font, int x, int y,
+                                            const std::string &text, std::uint16_t colour,
+                                            unsigned t, std::uint32_t mode) {
+    const int left = x;
+    for (unsigned char c : text) {
+        const unsigned k = c - 32u;
+        const FontCell cell = c == 10 || k >= font.count ? FontCell{0, 0} : font.cells[k];
+        if (c == 10) x = left, y += font.height;
+        for (unsigned r = 0; r < font.height; ++r)
+            for (unsigned i = 0; i < cell.width && cell.position + i < font.stride; ++i) {
+                const unsigned g = font.plane[r * font.stride + cell.position + i];
+                const std::int64_t px = std::int64_t(x) + i, py = std::int64_t(y) + r;
+                if (px >= 0 && px < W && py >= 0 && py < H) {
+                    std::uint16_t &d = memory[(py + 1) * pitch + px]; // below the guard row
+                    d = mixPixel(mode, d, colour, t == 0 ? g : g * (255 - t) / 256);
+                }
+            }
+        x += cell.width;
+    }
+    return memory;
+}
+
+TEST(SimdPaths, EveryPathPrintsByTheRule) {
+    std::mt19937 random(20261124);
+    auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
     for (int trial = 0; trial < 3000; ++trial) {
-        // A font of random coverage with cells of every kind: empty, wider than the strip of
-        // columns gathered at once, and damaged ones reaching past the plane's row.
-        const std::uint32_t stride = r(1, 120), height = r(0, 20);
-        const std::vector<std::uint8_t> plane = r.alpha(stride * height + 1);
-        std::vector<FontCell> cells(r(0, 224));
+        // A font of random coverage (noise, or runs of 0 and 255) with cells of every kind:
+        // empty, wider than the strip of columns gathered at once, and damaged ones reaching past
+        // the plane's row.
+        const std::uint32_t stride = pick(1, 120), height = pick(0, 20);
+        std::vector<std::uint8_t> plane(stride * height + 1);
+        const bool runs = pick(0, 1);
+        for (std::size_t i = 0, left = 0, kind = 0; i < plane.size(); ++i, --left) {
+            if (!runs || left == 0) kind = pick(0, 2), left = pick(1, 80);
+            plane[i] = std::uint8_t(kind == 0 ? 0 : kind == 1 ? 255 : pick(0, 255));
+        }
+        std::vector<FontCell> cells(pick(0, 224));
         for (auto &cell : cells)
-            cell = {std::uint32_t(r(0, stride + 2)),
-                    std::uint32_t(r(0, 30) == 0 ? r(0, 700) : r(0, 20))};
+            cell = {std::uint32_t(pick(0, stride + 2)),
+                    std::uint32_t(pick(0, 30) == 0 ? pick(0, 700) : pick(0, 20))};
         const GlyphFont font = {plane.data() + 1, stride, height, cells.data(),
                                 unsigned(cells.size())};
-        std::string text(r(0, 60), ' ');
+        std::string text(pick(0, 60), ' ');
         for (char &c : text)
-            c = char(r(0, 8) == 0 ? (r(0, 1) ? 10 : r(1, 31)) : r(32, 255));
-        const bool wide = trial % 8 == 0;
-        const Target target(r, wide ? 1500 : 100, 50);
-        const int x = r(-40, target.W), y = r(-int(height) - 2, target.H);
-        const std::uint32_t mode = r(0, 2);
-        const auto colour = std::uint16_t(r(0, 0xFFFF));
-        const auto transparency = std::uint8_t(r(0, 2) ? r(0, 1) * 255 : r(0, 255));
-        const auto *bytes = reinterpret_cast<const unsigned char *>(text.c_str());
+            c = char(pick(0, 8) == 0 ? (pick(0, 1) ? 10 : pick(1, 31)) : pick(32, 255));
+        // A target of W x H pixels between guard rows, rows of odd pitch.
+        const int W = pick(1, trial % 8 == 0 ? 1500 : 100), H = pick(1, 50), pitch = W + pick(0, 3);
+        std::vector<std::uint16_t> memory((H + 2) * pitch);
+        for (auto &v : memory)
+            v = std::uint16_t(pick(0, 0xFFFF));
+        const int x = pick(-40, W), y = pick(-int(height) - 2, H);
+        const std::uint32_t mode = pick(0, 3);
+        const auto colour = std::uint16_t(pick(0, 0xFFFF));
+        const auto t = std::uint8_t(pick(0, 2) ? pick(0, 1) * 255 : pick(0, 255));
 
-        std::vector<std::uint16_t> want = target.memory;
-        printGlyphsScalar(target.on(want), font, x, y, bytes, colour, transparency, mode);
-        for (std::size_t k = 1; k < simdPaths().count; ++k) {
-            std::vector<std::uint16_t> got = target.memory;
-            printGlyphs(simdPaths().path[k], target.on(got), font, x, y, bytes, colour,
-                        transparency, mode);
+        const std::vector<std::uint16_t> want =
+            printedByTheRule(memory, pitch, W, H, font, x, y, text, colour, t, mode);
+        for (std::size_t k = 0; k < simdPaths().count; ++k) {
+            std::vector<std::uint16_t> got = memory;
+            printGlyphs(simdPaths().path[k],
+                        {reinterpret_cast<std::uint8_t *>(&got[pitch]), 2 * pitch, W, H}, font, x,
+                        y, reinterpret_cast<const unsigned char *>(text.c_str()), colour, t, mode);
             ASSERT_EQ(got, want) << simdPathName(simdPaths().path[k]) << ", trial " << trial;
         }
     }

@@ -1,6 +1,6 @@
-// The font-file parser and the printing loop.
+// The font-file parser, the cell lookup and the walk along a text.
 #include "tests/host/font_bytes.h"
-#include "text/print_loop.h"
+#include "text/glyph_font.h"
 
 #include <gtest/gtest.h>
 
@@ -109,55 +109,6 @@ TEST(GlyphFont, WalkTextVisitsTheVisiblePartOfEachCell) {
                    });
     // '!' lies left of the plane, '#' right of it or cut at the stride; the last line below it.
     EXPECT_EQ(visits, "3@0,-1x3 0@3,-1x2 4@0,1x2 5@2,1x1 ");
-}
-
-// The printing rule read pixel by pixel: each cell of the text that covers the pixel mixes it
-// (by the library's one mixing reference) at the coverage scaled by the transparency.
-std::uint16_t printed(std::uint16_t d, int px, int py, const vell::FontImage &font, int x0, int y,
-                      const unsigned char *text, std::uint16_t colour, unsigned t, unsigned mode) {
-    for (int x = x0; *text; ++text) {
-        if (*text == 10) x = x0, y += font.height;
-        const unsigned k = *text - 32u, w = k < font.count ? font.cells[k].width : 0;
-        if (px >= x && px < int(x + w) && py >= y && py < int(y + font.height)) {
-            const unsigned g = font.glyphs[font.cells[k].position + px - x + (py - y) * font.width];
-            d = vell::mixPixel(mode, d, colour, t == 0 ? g : g * (255 - t) / 256);
-        }
-        x += w;
-    }
-    return d;
-}
-
-TEST(PrintLoop, ScalarLoopFollowsTheRuleAndChangesNothingOutsideTheTarget) {
-    std::mt19937 rng(1);
-    const unsigned char alphabet[] = {' ', '!', '"', '#', '$', 'A', 0xE4, 10, 13, 3};
-    for (int round = 0; round < 3000; ++round) {
-        const auto p = vtest::randomPicture(rng, 1 + rng() % 40, 1 + rng() % 9, 1 + rng() % 4);
-        vell::FontImage font;
-        ASSERT_TRUE(parse(fontFileBytes(p, false), font));
-        unsigned char text[13] = {};
-        for (unsigned i = 0, n = rng() % 12; i < n; ++i)
-            text[i] = alphabet[rng() % sizeof alphabet];
-        const int w = 1 + rng() % 40, h = 1 + rng() % 30, pitch = w + rng() % 4;
-        const int x = int(rng() % 90) - 40, y = int(rng() % 70) - 30, mode = rng() % 4;
-        const auto colour = static_cast<std::uint16_t>(rng());
-        const auto t = static_cast<std::uint8_t>(rng() % 3 == 0 ? rng() % 2 * 255 : rng());
-        std::vector<std::uint16_t> memory((h + 2) * pitch), before; // a guard row above and below
-        for (auto &v : memory)
-            v = static_cast<std::uint16_t>(rng());
-        before = memory;
-        vell::printGlyphsScalar(
-            {reinterpret_cast<std::uint8_t *>(&memory[pitch]), 2 * pitch, w, h},
-            {font.glyphs.data(), font.width, font.height, font.cells, font.count}, x, y, text,
-            colour, t, mode);
-        for (int i = 0; i < (h + 2) * pitch; ++i) {
-            const int px = i % pitch, py = i / pitch - 1;
-            const bool inside = py >= 0 && py < h && px < w;
-            ASSERT_EQ(memory[i], inside
-                                     ? printed(before[i], px, py, font, x, y, text, colour, t, mode)
-                                     : before[i])
-                << "round " << round << " at " << px << "," << py;
-        }
-    }
 }
 
 } // namespace

@@ -129,7 +129,7 @@ TEST_F(FullScreenTest, OpensWith5_6_5AndCloses) {
     EXPECT_EQ(vtest::readValue(kDeviceValue), kZeroGuid);
 }
 
-TEST_F(FullScreenTest, BitmapsFromResourcesOrFilesAreTiledOrStretched) {
+TEST_F(FullScreenTest, BitmapsFromResourcesFilesOrHandlesAreTiledOrStretched) {
     // A file named like the resource holds another picture: the executable's resource wins.
     ASSERT_TRUE(CopyFileA(dataFile("green8.bmp").c_str(), "TILE", FALSE));
     expectPixels(make(0, 0, "TILE"), 16, 16, quadrant);
@@ -139,9 +139,7 @@ TEST_F(FullScreenTest, BitmapsFromResourcesOrFilesAreTiledOrStretched) {
     IDirectDrawSurface2 *stretched = make(32, 32, nullptr);
     ASSERT_TRUE(display->LoadBitmap(stretched, "TILE", true));
     expectPixels(stretched, 32, 32, [](int x, int y) { return quadrant(x / 2, y / 2); });
-}
-
-TEST_F(FullScreenTest, CopyBitmapTilesOneCell) {
+    // CopyBitmap: one cell of a strip, tiled.
     HANDLE strip = LoadImageA(nullptr, dataFile("strip32.bmp").c_str(), IMAGE_BITMAP, 0, 0,
                               LR_CREATEDIBSECTION | LR_LOADFROMFILE);
     IDirectDrawSurface2 *s = make(48, 40, nullptr);

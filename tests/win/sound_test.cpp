@@ -23,12 +23,8 @@ std::string tone(double seconds, double amplitude) {
 
 TEST_F(SoundTest, VolumeIsKeptInTheRegistry) {
     // The scale itself is sound_core_test's, built in here too: on the i686 build it catches x87
-    // arithmetic (10 gave 5001). Here the object's own use of it.
-    TDirectSound &ds = openSound();
-    ds.setVolume(10);
-    EXPECT_EQ(ds.dwVolume, 5000u);
-    EXPECT_EQ(ds.getVolume(), 10);
-    ds.setVolume(50);
+    // arithmetic (10 gave 5001). Here the object's own use of it, both ways.
+    openSound().setVolume(50);
     sound.reset();
     EXPECT_EQ(readValue("TDirectSound::dwVolume"), "1506");
     ASSERT_TRUE(writeValue("TDirectSound::dwVolume", little(20000, 4), REG_DWORD)); // hand-edited

@@ -78,7 +78,9 @@ TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
         ClipRect r = {};
         const bool any = visiblePart(10, 8, c.x, c.y, c.w, c.h, r);
         EXPECT_EQ(any, c.want[2] != 0) << c.x << "," << c.y << " " << c.w << "x" << c.h;
-        if (any) EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), c.want);
+        if (any) {
+            EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), c.want);
+        }
     }
 }
 

@@ -329,7 +329,7 @@ public:
     // A RIFF/WAVE file with "fmt " and then "data" chunks, played as 22050 Hz 16-bit mono PCM
     // whatever its header says, with up to nBuffers voices (at least 1). Null on failure.
     structDirectSoundBuffer *newSound(const char *lpszFileName, int nBuffers);
-    void deleteSound(structDirectSoundBuffer *lpSound); // null is fine
+    void deleteSound(structDirectSoundBuffer *lpSound); // stops and frees; null is fine
     // Starts the next voice once at the master volume; 1 when it plays. A failure, or a voice that
     // the device took but does not play, is logged and gives 0 (the same voice is tried next).
     int playSound(structDirectSoundBuffer *lpSound);

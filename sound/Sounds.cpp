@@ -124,6 +124,9 @@ void TDirectSound::deleteSound(structDirectSoundBuffer *lpSound) {
     if (lpSound->lpdsBuffer != nullptr) {
         for (int i = 0; i < lpSound->nBuffers; ++i) {
             if (lpSound->lpdsBuffer[i] != nullptr) {
+                // Stopped first: Wine now and then keeps a voice released while it plays, its
+                // samples included, until the device closes.
+                lpSound->lpdsBuffer[i]->Stop();
                 lpSound->lpdsBuffer[i]->Release();
                 lpSound->lpdsBuffer[i] = nullptr;
             }

@@ -174,6 +174,22 @@ TEST_F(DeviceTest, VoicesRotate) {
     EXPECT_EQ(volume, -10000);
 }
 
+// Deleting a sound stops its voices (Wine now and then keeps a voice released while it plays,
+// samples and all, until the device closes).
+TEST_F(DeviceTest, DeletingASoundStopsItsVoices) {
+    structDirectSoundBuffer *s = load(riff(kFormat + chunk("data", tone(1, 1000))));
+    ASSERT_NE(s, nullptr);
+    loaded.clear(); // deleted here
+    IDirectSoundBuffer *voice = s->lpdsBuffer[0];
+    voice->AddRef(); // kept past the deletion, to be asked
+    EXPECT_EQ(sound->playSound(s), 1);
+    sound->deleteSound(s);
+    DWORD status = DSBSTATUS_PLAYING;
+    EXPECT_EQ(voice->GetStatus(&status), DS_OK);
+    EXPECT_EQ(status & DSBSTATUS_PLAYING, 0u);
+    voice->Release();
+}
+
 struct Burst {
     double seconds, rms, gap; // gap: the time between the two plays, as measured here
 };

@@ -162,6 +162,7 @@ TEST_F(FullScreenTest, LostSurfacesFailUntilCopyBitmapBringsThemBack) {
     ASSERT_TRUE(display->LoadBitmap(s, "TILE", false));
     EXPECT_EQ(s->IsLost(), DD_OK);
     expectPixels(s, 16, 16, quadrant);
+    EXPECT_EQ(display->Blit(display->lpBack, 0, 0, s, &all, 0), 0); // the back buffer is lost yet
 }
 
 TEST_F(FullScreenTest, BlitCopiesWhatFitsAndClipsTheCallersRectangle) {

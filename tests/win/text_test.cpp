@@ -212,7 +212,7 @@ TEST_F(TextTest, EditorTakesKeysWhileItRuns) {
         const char *result; // null: nothing drawn
     } cases[] = {
         {&font, &bigImage, 40, 100, "ab", 10, true, "CD\b\r", "abc"},
-        {&font, &bigImage, 0, 0, "xy", 3, false, "\x7F\x85\1zw\b\xE4\r", "xy\xE4"},
+        {&font, &bigImage, 0, 0, "xy", 3, false, "\x7F\1zw\b\x85\xE4\r", "xy\xE4"},
         {&font, &bigImage, 300, 471, "hi", 8, false, "a\b\b\b\bb\x1B", "hi"},
         {&font, &bigImage, narrow, 50, "", 9, false, std::string("a") + kQuit + "aa\r", "aa"},
         {&small, &smallImage, 10, 300, "", 5, false, "z!\r", "!"},

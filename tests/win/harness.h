@@ -208,6 +208,7 @@ protected:
         dir_ =
             std::filesystem::temp_directory_path() /
             ("velltest-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++serial));
+        std::filesystem::remove_all(dir_); // left by a crashed program that had this process id
         std::filesystem::create_directory(dir_);
         std::filesystem::current_path(dir_);
         recordedBoxes = &boxes;

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -312,6 +313,17 @@ protected:
 };
 
 } // namespace vtest
+
+// A crash ends the program at once with exit code 3 and a line that says so. Without this, Wine
+// starts its debugger, which ends the program with exit code 0: ctest would count a passed test.
+inline LONG WINAPI reportCrash(EXCEPTION_POINTERS *crash) {
+    std::fprintf(stderr, "crashed: exception 0x%08lx at %p\n",
+                 crash->ExceptionRecord->ExceptionCode, crash->ExceptionRecord->ExceptionAddress);
+    std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), 3);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+inline const bool kCrashesFail = (SetUnhandledExceptionFilter(reportCrash), true);
 
 // A program whose cases all passed while some skipped themselves (a device this machine lacks)
 // ends with 77, which ctest counts as skipped rather than passed.

@@ -36,6 +36,15 @@ template <class T> struct Slot {
     ~Slot() { obj->~T(); }
 };
 
+// A crash fails the program: Wine's debugger would end it with exit code 0.
+static LONG WINAPI crashed(EXCEPTION_POINTERS *crash) {
+    printf("FAIL crashed: exception 0x%08lx\n",
+           (unsigned long)crash->ExceptionRecord->ExceptionCode);
+    fflush(stdout);
+    TerminateProcess(GetCurrentProcess(), 3);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
 static int boxes; // message boxes shown, each closed at once
 static LRESULT CALLBACK closeBoxes(int code, WPARAM wParam, LPARAM lParam) {
     char name[16] = "";
@@ -91,6 +100,7 @@ static const int offsets[] = {0};
 
 int main() {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    SetUnhandledExceptionFilter(crashed);
     HHOOK hook = SetWindowsHookExA(WH_CBT, closeBoxes, nullptr, GetCurrentThreadId());
     HINSTANCE instance = GetModuleHandleA(nullptr);
     {

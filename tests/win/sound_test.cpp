@@ -97,6 +97,7 @@ TEST_F(DeviceTest, FirstRunOpensTheDefaultDeviceAndSavesTheDefaults) {
     const std::string opening = vtest::expectDeviceList(sound->lpDeviceList, true);
     EXPECT_EQ(sound->setDevice(GUID_NULL), 1);
     EXPECT_EQ(sound->Exit(), 1);
+    EXPECT_EQ(sound->lpDS, nullptr); // and not released twice by the destructor
     EXPECT_EQ(load(riff(kFormat + chunk("data", tone(0.1, 1000)))), nullptr); // closed: no sound
     const std::string closing = "  Waiting for DirectSound to stop playing...\ndone.\n";
     EXPECT_EQ(closeAndReadLog(),

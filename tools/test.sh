@@ -118,9 +118,10 @@ if [ "$VELL_WIN32" != 1 ]; then
 fi
 for name in host "${builds[@]}"; do echo "$name: ${counts[$name]}"; done
 echo "tests: $passed passed, $failed failed, $skipped skipped"
-# Tests are kept to between a quarter and a third of the code (code lines as cloc counts them).
+# Tests are kept to between a quarter and a third of the code (code lines as cloc counts them;
+# documents, presets and lists such as tools/slips.txt are not code).
 test_lines=$(cloc --quiet --csv tests | awk -F, '$2 == "SUM" { print $5 }')
-code_lines=$(cloc --quiet --csv --exclude-dir=tests,build,.git --exclude-lang=Markdown,JSON,YAML . |
+code_lines=$(cloc --quiet --csv --exclude-dir=tests,build,.git --exclude-lang=Markdown,JSON,YAML,Text . |
     awk -F, '$2 == "SUM" { print $5 }')
 share=$((100 * test_lines / code_lines))
 echo "test code: $test_lines lines, $share% of the code ($code_lines lines)$([ "$share" -le 33 ] ||

@@ -70,6 +70,10 @@ def failures():
                                     out, re.S):
         program = program.replace("_depth24", "")  # display_tests on the 24-bit screen
         names = set(re.findall(r"^\[  FAILED  \] (\S+\.\S+)", body, re.M))
+        # A program that crashed or hung names no failed test: the one it was running is blamed.
+        running = re.findall(r"^\[ RUN      \] (\S+)", body, re.M)
+        if not names and running and f"[       OK ] {running[-1]}" not in body:
+            names = {running[-1] + " (the program crashed or hung in it)"}
         failed |= {program + " " + n for n in names} or {program + " (the whole program)"}
     return failed
 
@@ -130,7 +134,7 @@ def main():
     by_test = collections.defaultdict(list)
     for n, tests in caught.items():
         for t in tests or []:
-            by_test[t].append(n)
+            by_test[t.split(" (")[0]].append(n)
     lines = ["| slip | caught by |", "|---|---|"]
     for n, s in slips:
         found = caught[n]

@@ -303,7 +303,7 @@ bool pump() {
             if (GetMessageA(&message, nullptr, 0, 0) <= 0) return false;
         } else if (!PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
             if (active) return true;
-            continue; // a message it handled sent the demo to the background
+            continue; // the deactivation, sent while PeekMessage looked, came in between
         } else if (message.message == WM_QUIT) {
             return false;
         }
@@ -353,8 +353,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int) {
                     running = false;
                     break;
                 }
+                // pump() returns only with the demo in front: the display is the demo's to take.
                 if (display.lpPrimary == nullptr || display.lpPrimary->IsLost() != DD_OK) {
-                    if (!active) continue; // pump() waits for the player to come back
                     if (!scene.reopen()) {
                         status = 1;
                         break;

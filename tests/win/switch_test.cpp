@@ -143,12 +143,16 @@ protected:
             30);
     }
 
-    void end(bool close = true) { // as the window's close box would
+    // The client ends, closed as the window's close box would, and its log ends with `last`: under
+    // Wine a program that crashes ends with its debugger's exit code, 0.
+    void end(const std::string &last, bool close = true) {
         if (close) PostMessageA(window, WM_CLOSE, 0, 0);
         ASSERT_EQ(WaitForSingleObject(client.hProcess, 20000), WAIT_OBJECT_0);
         DWORD status = 1;
         GetExitCodeProcess(client.hProcess, &status);
         EXPECT_EQ(status, 0u);
+        const std::string all = log();
+        EXPECT_EQ(all.substr(all.size() - std::min(all.size(), last.size())), last) << all;
     }
 
     fs::path dir;
@@ -171,7 +175,7 @@ TEST_F(SwitchAway, TheReadmeClientComesBackAsItWasAndPlays) {
     ASSERT_NE(before, desktop) << "the client shows no scene";
     expectBack(before);
     EXPECT_GT(loudestWhile([] { press(VK_SPACE); }, 1.5), 500) << "no blip after the return";
-    end();
+    end("De-initializing DirectDraw:\n  Releasing DirectDraw interfaces:\n  done.\ndone.\n");
 }
 
 // By hand the demo runs three seconds of its scene, then asks for the player's name on its last
@@ -190,7 +194,7 @@ TEST_F(SwitchAway, TheDemoComesBackPausedAndInItsNameEntry) {
     expectBack(steadyFrame(asked)); // "Your name:" and "PlayerA_"
     for (char key : {'b', '\r'})
         PostMessageA(window, WM_CHAR, static_cast<WPARAM>(key), 0);
-    end(false);
+    end("VellDemo: done\n", false);
     for (const char *line : {"VellDemo: back from another program", "the player is PlayerAb\n"})
         EXPECT_NE(log().find(line), std::string::npos) << log();
 }

@@ -105,10 +105,6 @@ protected:
         ASSERT_TRUE(waitFor([&] { return (window = FindWindowA(windowClass, nullptr)); }, 30))
             << program << " made no window";
     }
-    // The clients log to VellDemo.log in their working directory, which is theirs alone until
-    // they end.
-    std::string log() { return vtest::readFile((dir / "VellDemo.log").string()); }
-
     // Another window takes the foreground for a second and a half; then the client's window is
     // restored and brought to the front, the taskbar's way. Returns what the screen showed while
     // the client was away.
@@ -143,20 +139,23 @@ protected:
             30);
     }
 
-    // The client ends, closed as the window's close box would, and its log ends with `last`: under
-    // Wine a program that crashes ends with its debugger's exit code, 0.
+    // The client ends, closed as the window's close box would, and its log (VellDemo.log in its
+    // working directory, kept in `written`) ends with `last`: under Wine a program that crashes
+    // ends with its debugger's exit code, 0.
     void end(const std::string &last, bool close = true) {
         if (close) PostMessageA(window, WM_CLOSE, 0, 0);
         ASSERT_EQ(WaitForSingleObject(client.hProcess, 20000), WAIT_OBJECT_0);
         DWORD status = 1;
         GetExitCodeProcess(client.hProcess, &status);
         EXPECT_EQ(status, 0u);
-        const std::string all = log();
-        EXPECT_EQ(all.substr(all.size() - std::min(all.size(), last.size())), last) << all;
+        written = vtest::readFile((dir / "VellDemo.log").string());
+        EXPECT_EQ(written.substr(written.size() - std::min(written.size(), last.size())), last)
+            << written;
     }
 
     fs::path dir;
-    Frame desktop; // the screen before the client started
+    std::string written; // the client's log, once it has ended
+    Frame desktop;       // the screen before the client started
     PROCESS_INFORMATION client = {};
     HWND window = nullptr;
 };
@@ -196,7 +195,7 @@ TEST_F(SwitchAway, TheDemoComesBackPausedAndInItsNameEntry) {
         PostMessageA(window, WM_CHAR, static_cast<WPARAM>(key), 0);
     end("VellDemo: done\n", false);
     for (const char *line : {"VellDemo: back from another program", "the player is PlayerAb\n"})
-        EXPECT_NE(log().find(line), std::string::npos) << log();
+        EXPECT_NE(written.find(line), std::string::npos) << written;
 }
 
 } // namespace

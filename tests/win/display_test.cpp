@@ -47,19 +47,15 @@ TEST_F(DisplayTest, DeviceChoiceIsReadAtConstructionAndSavedAtDestruction) {
     EXPECT_TRUE(IsEqualGUID(openDisplay(0).guidDevice, GUID_NULL));
 }
 
-TEST_F(DisplayTest, WindowedDisplayHasNoBackBuffer) {
+// Windowed: no back buffer and no flip; null arguments are refused without a word.
+TEST_F(DisplayTest, WindowedDisplayHasNoBackBufferAndRefusesNullArgumentsSilently) {
     TDirectDraw &dd = openDisplay(2); // every mode but 1 is windowed
-    EXPECT_NE(dd.lpPrimary, nullptr);
+    IDirectDrawSurface2 *s = dd.lpPrimary;
+    EXPECT_NE(s, nullptr);
     EXPECT_EQ(dd.lpBack, nullptr);
     EXPECT_EQ(dd.Flip(), 0); // the desktop does not flip
     // On a desktop of another depth than 16 bits painting must refuse rather than corrupt it.
     EXPECT_EQ(dd.wWhite, screenDepth() == 16 ? 0xFFFF : 0);
-}
-
-// Null arguments are refused without a word.
-TEST_F(DisplayTest, NullArgumentsAreRefusedSilently) {
-    TDirectDraw &dd = openDisplay(2);
-    IDirectDrawSurface2 *s = dd.lpPrimary;
     RECT r = dd.CreateRect(0, 0, 32, 32);
     EXPECT_EQ(dd.Blit(nullptr, 0, 0, s, &r, 0), 0);
     EXPECT_EQ(dd.Blit(s, 0, 0, s, nullptr, 0), 0);
@@ -165,8 +161,9 @@ TEST_F(FullScreenTest, LostSurfacesFailUntilCopyBitmapBringsThemBack) {
     EXPECT_EQ(display->Blit(display->lpBack, 0, 0, s, &all, 0), 0); // the back buffer is lost yet
 }
 
-TEST_F(FullScreenTest, BlitCopiesWhatFitsAndClipsTheCallersRectangle) {
-    // The rule itself is tested natively (blit_clip_test); here its use of the platform's blitter.
+// The clipping rule itself is tested natively (blit_clip_test); here its use of the platform's
+// blitter, and colour matching, which reads back the first pixel of the surface it is given.
+TEST_F(FullScreenTest, BlitCopiesWhatFitsAndColorMatchGivesPixelValues) {
     IDirectDrawSurface2 *source = make(0, 0, "TILE");
     RECT r = display->CreateRect(4, 2, 10, 12); // columns 4 to 13, rows 2 to 13
     ASSERT_EQ(display->ClearSurface(display->lpBack, 0), DD_OK);
@@ -177,12 +174,8 @@ TEST_F(FullScreenTest, BlitCopiesWhatFitsAndClipsTheCallersRectangle) {
     expectPixels(display->lpBack, 640, 480, [](int x, int y) -> std::uint16_t {
         return x < 4 && y >= 470 ? quadrant(10 + x, y - 468) : 0;
     });
-}
-
-TEST_F(FullScreenTest, ColorMatchGivesThePixelValueOfAColour) {
-    IDirectDrawSurface2 *s = make(4, 4, nullptr);
-    ASSERT_EQ(display->ClearSurface(s, 0x1234), DD_OK); // only the first pixel counts
-    EXPECT_EQ(display->ColorMatch(s, RGB(255, 255, 255)), 0xFFFFul);
-    EXPECT_EQ(display->ColorMatch(s, RGB(0, 0, 255)), 0x001Ful);
-    EXPECT_EQ(display->ColorMatch(s, CLR_INVALID), 0x1234ul); // the fill, put back
+    ASSERT_EQ(display->ClearSurface(source, 0x1234), DD_OK);
+    EXPECT_EQ(display->ColorMatch(source, RGB(255, 255, 255)), 0xFFFFul);
+    EXPECT_EQ(display->ColorMatch(source, RGB(0, 0, 255)), 0x001Ful);
+    EXPECT_EQ(display->ColorMatch(source, CLR_INVALID), 0x1234ul); // the fill, put back
 }

@@ -4,7 +4,6 @@
 #include "harness.h"
 
 #include "image/compose.h"
-#include "text/font_file.h"
 
 #include <algorithm>
 #include <cstring>
@@ -70,7 +69,9 @@ TEST_F(ImageTest, FilesPaintedAndBlendedOnBothLayoutsAtEveryEdge) {
     }
 }
 
-TEST_F(ImageTest, UnknownModeDrawsOnlyWhatNeedsNoLayout) {
+// Without a known layout only what needs none is drawn; a missing file gives an empty image. Both
+// are logged.
+TEST_F(ImageTest, UnknownModeDrawsOnlyWhatNeedsNoLayoutAndMissingFilesAreLogged) {
     TBitmap sprite(&*display, dataFile("pattern32.tga").c_str(), 0);
     display->dwGraphicsMode = 0;
     const std::vector<std::uint16_t> before = pixels(display->lpBack, true);
@@ -80,8 +81,11 @@ TEST_F(ImageTest, UnknownModeDrawsOnlyWhatNeedsNoLayout) {
     EXPECT_EQ(pixels(display->lpBack), before);
     EXPECT_TRUE(sprite.Paint(display->lpBack, 0, 0, 31, 255)); // copies need no layout
     EXPECT_EQ(pixels(display->lpBack)[4 * 640 + 6], 31u);
+    EXPECT_EQ(shape(TBitmap(&*display, "none.tga", 0)), "0x0");
     EXPECT_NE(closeAndReadLog().find("TBitmap::Paint (...) unknown graphicsmode\n"
-                                     "TBitmap::Blend (...) unknown graphicsmode\nDe-init"),
+                                     "TBitmap::Blend (...) unknown graphicsmode\n"
+                                     "TBitmap::TBitmap(char*) - Could not open file \"none.tga\"!\n"
+                                     "De-init"),
               std::string::npos);
 }
 
@@ -102,14 +106,6 @@ TEST_F(ImageTest, FailedLocksAreLoggedAndDrawNothing) {
                   painted + "TBitmap::Blend - SurfaceLock failed!\n  " + lost + "\n" + painted +
                   "TBitmap::TBitmap(LPSURFACE) - SurfaceLock failed!\n\n" + lost + "\n"),
               std::string::npos);
-}
-
-TEST_F(ImageTest, MissingFileIsLoggedAndGivesAnEmptyImage) {
-    const TBitmap none(&*display, "none.tga", 0);
-    EXPECT_EQ(shape(none), "0x0");
-    EXPECT_NE(
-        closeAndReadLog().find("TBitmap::TBitmap(char*) - Could not open file \"none.tga\"!\n"),
-        std::string::npos);
 }
 
 TEST_F(ImageTest, CutsOfADrawnSceneAndCopiesAreClippedRectangles) {
@@ -170,27 +166,6 @@ TEST_F(ImageTest, TextImagesFromGdiFonts) {
     EXPECT_EQ(logFont.lfHeight, kept.lfHeight);
     EXPECT_EQ(logFont.lfWidth, kept.lfWidth);
     EXPECT_NE(closeAndReadLog().find("TBitmap::TBitmap (...) no Surface\n"), std::string::npos);
-}
-
-// The expected coverage comes from the font file as the platform-free parser reads it (tested on
-// its own), not from the font object under test.
-TEST_F(ImageTest, TextImagesFromBitmapFonts) {
-    TDirectFont font(dataFile("sans16.bmp").c_str());
-    const std::string file = vtest::readFile(dataFile("sans16.bmp"));
-    vell::FontImage f;
-    ASSERT_TRUE(
-        vell::parseFontFile(reinterpret_cast<const std::uint8_t *>(file.data()), file.size(), f));
-    const TBitmap lines(&*display, &font, "Wi\nWi"), none(&*display, &font, "");
-    const vell::FontCell W = f.cells['W' - 32], i = f.cells['i' - 32];
-    ASSERT_EQ(shape(lines),
-              std::to_string(W.width + i.width) + "x" + std::to_string(2 * f.height) + " A");
-    for (unsigned r = 0; r < 2 * f.height; ++r)
-        for (unsigned c = 0; c < W.width + i.width; ++c) {
-            const unsigned at = c < W.width ? W.position + c : i.position + c - W.width;
-            ASSERT_EQ(lines.lpAlpha[r * lines.dwWidth + c], f.glyphs[r % f.height * f.width + at])
-                << c << "," << r;
-        }
-    EXPECT_EQ(shape(none), "0x0");
 }
 
 } // namespace

@@ -55,10 +55,13 @@ inline bool writeFile(const std::string &path, const std::string &bytes) {
     return static_cast<bool>(std::ofstream(path, std::ios::binary) << bytes);
 }
 
-inline std::string dataFile(const char *name) { // test data, in "data" beside the program
+inline std::filesystem::path besideProgram(const char *name) { // in this program's folder
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, MAX_PATH);
-    return (std::filesystem::path(program).parent_path() / "data" / name).string();
+    return std::filesystem::path(program).parent_path() / name;
+}
+inline std::string dataFile(const char *name) { // test data, in "data" beside the program
+    return (besideProgram("data") / name).string();
 }
 
 // Wave files: chunks, a PCM "fmt " chunk and the RIFF form around them.

@@ -12,12 +12,6 @@ namespace {
 namespace fs = std::filesystem;
 using Frame = std::vector<std::uint32_t>;
 
-fs::path besideTest(const char *name) {
-    char program[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, program, MAX_PATH);
-    return fs::path(program).parent_path() / name;
-}
-
 // What the screen shows at the top left, where the 640x480 display is.
 Frame screen() {
     Frame pixels(640 * 480);
@@ -79,7 +73,7 @@ protected:
     void SetUp() override {
         dir = fs::temp_directory_path() / ("vellswitch-" + std::to_string(GetCurrentProcessId()));
         fs::create_directories(dir);
-        fs::copy_file(besideTest("blip.wav"), dir / "blip.wav",
+        fs::copy_file(vtest::besideProgram("blip.wav"), dir / "blip.wav",
                       fs::copy_options::overwrite_existing);
     }
     void TearDown() override {
@@ -96,7 +90,7 @@ protected:
     // Starts the client with its working directory in a fresh folder and waits for its window.
     void start(const char *program, const char *windowClass, const std::string &arguments) {
         desktop = screen();
-        std::string line = "\"" + besideTest(program).string() + "\" " + arguments;
+        std::string line = "\"" + vtest::besideProgram(program).string() + "\" " + arguments;
         STARTUPINFOA info = {};
         info.cb = sizeof info;
         ASSERT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,

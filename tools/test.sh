@@ -96,7 +96,8 @@ if ! wait "$prefix_job"; then
 fi
 vell_start_xvfb DISPLAY 16
 vell_start_xvfb VELL_DISPLAY24 24
-# The sound tests record what they play: with a sound server up they must not skip.
+# The sound tests need a sound server, and the switch test records what plays: with one up they
+# must not skip.
 if vell_start_pulse; then export VELL_EXPECT_SOUND=1; fi
 for b in "${builds[@]}"; do
     vell_log "Windows tests of the $b build under ${VELL_WINE_OF[$b]}"

@@ -8,8 +8,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -57,30 +57,24 @@ TEST(PixelFormat, SplitJoinPackAndMixForEveryValue) {
 }
 
 // The visible part of a w x h image at (x, y) on a 10 x 8 target: left, top, right, bottom, or
-// all 0 where none is.
+// all 0 where none is. Positions near the target are drawn on random images, pixel by pixel, in
+// EveryPathFollowsTheRulesPixelByPixel below; here the numbers no image there reaches.
 TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
+    using Edges = std::array<int, 4>;
     const struct {
         std::int32_t x, y;
         std::uint32_t w, h;
-        std::array<int, 4> want;
+        Edges want;
     } cases[] = {
-        {2, 1, 4, 3, {2, 1, 6, 4}},
         {-2, -1, 4, 3, {0, 0, 2, 2}},
-        {8, 6, 4, 3, {8, 6, 10, 8}},
-        {-4, 0, 4, 3, {}},
-        {10, 0, 4, 3, {}},
-        {0, 8, 4, 3, {}},
-        {1, 1, 0, 3, {}},
         {INT32_MAX, 0, ~0u, 1, {}}, // no overflow
         {INT32_MIN, 2, ~0u, 1, {0, 2, 10, 3}},
     };
     for (const auto &c : cases) {
         ClipRect r = {};
-        const bool any = visiblePart(10, 8, c.x, c.y, c.w, c.h, r);
-        EXPECT_EQ(any, c.want[2] != 0) << c.x << "," << c.y << " " << c.w << "x" << c.h;
-        if (any) {
-            EXPECT_EQ((std::array<int, 4>{r.left, r.top, r.right, r.bottom}), c.want);
-        }
+        const bool any = visiblePart(10, 8, c.x, c.y, c.w, c.h, r); // r is only read when true
+        const Edges got = {r.left, r.top, r.right, r.bottom};
+        EXPECT_EQ(any ? got : Edges{}, c.want) << c.x << "," << c.y << " " << c.w << "x" << c.h;
     }
 }
 
@@ -166,17 +160,12 @@ std::string tgaFile(int width, int height, int depth, int descriptor, int idLeng
     return f;
 }
 
-// Reads a file, claiming `extra` bytes more than it holds (as a file shrinking underway might).
-struct Reader {
-    std::string data;
-    std::size_t at = 0;
-    static std::size_t read(void *self, void *buffer, std::size_t size) {
-        auto &in = *static_cast<Reader *>(self);
-        size = std::min(size, in.data.size() - in.at);
-        std::memcpy(buffer, in.data.data() + (in.at += size) - size, size);
-        return size;
-    }
-};
+// Reads a file from a stream: ByteReader's size may claim more bytes than the stream holds (as a
+// file shrinking underway might).
+std::size_t readStream(void *in, void *buffer, std::size_t size) {
+    auto &stream = *static_cast<std::istream *>(in);
+    return std::size_t(stream.read(static_cast<char *>(buffer), std::streamsize(size)).gcount());
+}
 
 TEST(Tga, CraftedFiles) {
     const std::string p = "TBitmap::TBitmap(char*) - ", wrong = p + "Wrong file type: Picture ";
@@ -221,8 +210,8 @@ TEST(Tga, CraftedFiles) {
             SCOPED_TRACE("case " + std::to_string(&c - cases) + ", mode " + std::to_string(mode));
             std::string log;
             ImagePlanes image;
-            Reader file = {c.file};
-            ByteReader in = {Reader::read, &file, c.file.size() + c.extra};
+            std::istringstream file(c.file);
+            ByteReader in = {readStream, &file, c.file.size() + c.extra};
             EXPECT_EQ(loadTga(in, mode, c.planes, image, {add, &log}),
                       c.log.empty() || c.log == unknown);
             EXPECT_EQ(log, c.log);

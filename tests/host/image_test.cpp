@@ -57,8 +57,7 @@ TEST(PixelFormat, SplitJoinPackAndMixForEveryValue) {
 }
 
 // The visible part of a w x h image at (x, y) on a 10 x 8 target: left, top, right, bottom, or
-// all 0 where none is. Positions near the target are drawn on random images, pixel by pixel, in
-// EveryPathFollowsTheRulesPixelByPixel below; here the numbers no image there reaches.
+// all 0 where none is. (The random images below check it again, through what is drawn.)
 TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
     using Edges = std::array<int, 4>;
     const struct {
@@ -66,7 +65,13 @@ TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
         std::uint32_t w, h;
         Edges want;
     } cases[] = {
+        {2, 1, 4, 3, {2, 1, 6, 4}},
         {-2, -1, 4, 3, {0, 0, 2, 2}},
+        {8, 6, 4, 3, {8, 6, 10, 8}},
+        {-4, 0, 4, 3, {}},
+        {10, 0, 4, 3, {}},
+        {0, 8, 4, 3, {}},
+        {1, 1, 0, 3, {}},
         {INT32_MAX, 0, ~0u, 1, {}}, // no overflow
         {INT32_MIN, 2, ~0u, 1, {0, 2, 10, 3}},
     };

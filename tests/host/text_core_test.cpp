@@ -137,4 +137,19 @@ TEST(TextImage, GlyphsAreCopiedLineBelowLine) {
     EXPECT_EQ(alpha, want);
 }
 
+// The walk along a text on its own, on a 5 x 4 plane: glyph@x,y of each visible cell part and its
+// columns. Cells: ' ' 0+2, '!' 2+1, '"' 3+3 and '#' 5+4, which reaches past the stride of 6.
+TEST(GlyphFont, WalkTextVisitsTheVisiblePartOfEachCell) {
+    const vell::FontCell cells[] = {{0, 2}, {2, 1}, {3, 3}, {5, 4}};
+    const vell::GlyphFont font = {nullptr, 6, 2, cells, 4};
+    std::string visits;
+    vell::walkText(font, reinterpret_cast<const unsigned char *>("!\" \r#\n\"#\n\n!"), -1, -1, 5, 4,
+                   [&](std::size_t glyph, std::int64_t x, std::size_t columns, std::int64_t y) {
+                       visits += std::to_string(glyph) + "@" + std::to_string(x) + "," +
+                                 std::to_string(y) + "x" + std::to_string(columns) + " ";
+                   });
+    // '!' lies left of the plane, '#' right of it or cut at the stride; the last line below it.
+    EXPECT_EQ(visits, "3@0,-1x3 0@3,-1x2 4@0,1x2 5@2,1x1 ");
+}
+
 } // namespace

@@ -129,7 +129,7 @@ TEST_F(ImageTest, CutsOfADrawnSceneAndCopiesAreClippedRectangles) {
     EXPECT_EQ(shape(flipped), "0x0");
 }
 
-// The reduction's counting is text_image_test's; here the font's scaling by the factor (0 counts
+// The reduction's counting is text_core_test's; here the font's scaling by the factor (0 counts
 // as 1) and a plane of ink and background.
 TEST_F(ImageTest, TextImagesFromGdiFonts) {
     LOGFONTA logFont = {};

@@ -79,6 +79,7 @@ TEST(Compose, VisiblePartIsTheImageCutToTheTarget) {
         ClipRect r = {};
         const bool any = visiblePart(10, 8, c.x, c.y, c.w, c.h, r); // r is only read when true
         const Edges got = {r.left, r.top, r.right, r.bottom};
+        EXPECT_EQ(any, c.want[2] != 0) << c.x << "," << c.y << " " << c.w << "x" << c.h;
         EXPECT_EQ(any ? got : Edges{}, c.want) << c.x << "," << c.y << " " << c.w << "x" << c.h;
     }
 }

@@ -23,7 +23,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WIN_TARGETS = ["VellBase", "base_tests", "display_tests", "sound_tests", "image_tests",
                "text_tests", "long_run_tests", "switch_tests", "vell_demo", "vell_minimal"]
 # The packaging routes and the font maker build whole projects: too slow to run for every slip.
-WIN_SKIPPED = "client_|fontmaker|simd_choice"
+WIN_SKIPPED = "client_|fontmaker"
 
 
 def read_slips(path):

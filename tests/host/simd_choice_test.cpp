@@ -1,9 +1,9 @@
-// How VELL_SIMD and the processor's features choose the pixel paths.
+// How VELL_SIMD and the processor's features choose the pixel paths (the process hands its
+// VELL_SIMD and its processor's features to this choice once, in image/simd.cpp).
 #include "image/simd.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 namespace {
@@ -35,18 +35,6 @@ TEST(SimdChoice, EnvironmentHoldsThePathsDownAndAnythingElseLeavesThemFree) {
     for (const auto &c : cases)
         EXPECT_EQ(names(vell::choosePaths(c.limit, c.cpu)), c.want)
             << (c.limit ? c.limit : "unset") << ", avx2 " << c.cpu.avx2;
-}
-
-// The process's own paths, plainest first: scalar, then SSE2, which every x86 processor runs,
-// unless VELL_SIMD is 0. ctest also runs this with VELL_SIMD set and the best path it must give in
-// VELL_SIMD_EXPECT.
-TEST(SimdChoice, TheProcessReadsVellSimd) {
-    const char *limit = std::getenv("VELL_SIMD"), *expected = std::getenv("VELL_SIMD_EXPECT");
-    const bool scalarOnly = limit != nullptr && std::string(limit) == "0";
-    EXPECT_EQ(names(vell::simdPaths()).substr(0, 11), scalarOnly ? "scalar" : "scalar sse2");
-    if (expected != nullptr) {
-        EXPECT_STREQ(vell::simdPathName(vell::simdPath()), expected);
-    }
 }
 
 } // namespace

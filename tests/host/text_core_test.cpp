@@ -1,6 +1,6 @@
-// The font-file parser, the cell lookup, the line width, and the alpha planes of text images:
-// reduced from a supersampled rendering, or copied from glyphs. (The walk along a text is checked
-// through what it draws: printing in simd_test.cpp, and the text images here.)
+// The font-file parser, the cell lookup, the line width, the alpha planes of text images (reduced
+// from a supersampled rendering, or copied from glyphs) and the walk along a text, which is also
+// checked through what it draws: printing in simd_test.cpp, and the text images here.
 #include "image/text_image.h"
 #include "tests/host/font_bytes.h"
 #include "text/glyph_font.h"

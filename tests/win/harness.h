@@ -133,46 +133,6 @@ inline bool soundExpected() {
     return expected != nullptr && *expected == '1';
 }
 
-// What the default capture source (the sound server's monitor) hears while `action` runs and for
-// `seconds` after it: 22050 Hz 16-bit mono samples, none when nothing can record.
-template <class Action> std::vector<std::int16_t> recordWhile(Action action, double seconds) {
-    WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 22050, 44100, 2, 16, 0};
-    DSCBUFFERDESC desc = {sizeof desc, 0, 4 * 44100, 0, &format, 0, nullptr};
-    std::vector<std::int16_t> x;
-    // A new capture stream can take a moment to deliver, more so just after another one closed
-    // or on a busy machine: it gets five seconds to deliver its first 50 ms, and a stream that
-    // does not is made anew, three times at most, before `action` runs.
-    for (int attempt = 0; attempt < 3 && x.empty(); ++attempt) {
-        IDirectSoundCapture *capture = nullptr;
-        IDirectSoundCaptureBuffer *buffer = nullptr;
-        DWORD captured = 0, readable = 0, n1 = 0, n2 = 0;
-        if (SUCCEEDED(DirectSoundCaptureCreate(nullptr, &capture, nullptr)) &&
-            SUCCEEDED(capture->CreateCaptureBuffer(&desc, &buffer, nullptr)) &&
-            SUCCEEDED(buffer->Start(0))) {
-            for (int waited = 0; waited < 5000 && readable < 2205; waited += 10) {
-                Sleep(10);
-                buffer->GetCurrentPosition(&captured, &readable);
-            }
-        }
-        if (readable >= 2205) {
-            action();
-            Sleep(static_cast<DWORD>(seconds * 1000));
-            buffer->GetCurrentPosition(&captured, &readable);
-            void *p1 = nullptr, *p2 = nullptr;
-            if (SUCCEEDED(buffer->Lock(0, readable, &p1, &n1, &p2, &n2, 0))) {
-                x.assign(static_cast<std::int16_t *>(p1), static_cast<std::int16_t *>(p1) + n1 / 2);
-                buffer->Unlock(p1, n1, p2, n2);
-            }
-        }
-        if (buffer != nullptr) {
-            buffer->Stop();
-            buffer->Release();
-        }
-        if (capture != nullptr) capture->Release();
-    }
-    return x;
-}
-
 // Checks a device object's list against the platform's enumeration; returns what the object's
 // construction logs: "Initializing DirectDraw:\n", "  Enumerating %s:\n  done.\n" for each device,
 // "done.\n".

@@ -1,5 +1,5 @@
 // The sound object against Wine's DirectSound on a PulseAudio null sink: its settings in the
-// registry, the off switch, wave files, voices, and what plays, recorded from the sink's monitor.
+// registry, the off switch, wave files, and its voices: their format, position and volume.
 #include "harness.h"
 
 #include <cmath>

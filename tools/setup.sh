@@ -178,13 +178,20 @@ vell_make_prefix() {
     [ "$loader" = "${VELL_WINE_OF[win32]}" ] && arch=win32
     local log=$prefix.log
     mkdir -p "$prefix" || { vell_log "cannot make the Wine prefix's folder $prefix"; return 1; }
+    # Now and then Wine cannot start a process at all ("failed to map the shared user data", seen
+    # once in CI while the four prefixes were made side by side), so each step has three tries.
+    local try
     if [ ! -f "$prefix/system.reg" ]; then
         vell_log "making a Wine prefix in $prefix"
-        # Its exit status says little: without an X screen (the prefixes are made before one is
-        # started) it complains about windows and fails, yet makes the prefix.
-        # The registry files are written when the prefix's wineserver ends: wait for it.
-        WINEARCH=$arch WINEPREFIX=$prefix "$loader" wineboot -u >"$log" 2>&1 || true
-        WINEPREFIX=$prefix wineserver -w
+        : >"$log"
+        for try in 1 2 3; do
+            # Its exit status says little: without an X screen (the prefixes are made before one
+            # is started) it complains about windows and fails, yet makes the prefix.
+            # The registry files are written when the prefix's wineserver ends: wait for it.
+            WINEARCH=$arch WINEPREFIX=$prefix "$loader" wineboot -u >>"$log" 2>&1 || true
+            WINEPREFIX=$prefix wineserver -w
+            [ -f "$prefix/system.reg" ] && break
+        done
         if [ ! -f "$prefix/system.reg" ]; then
             vell_log "wineboot could not make the Wine prefix $prefix ($loader); its last words:"
             tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
@@ -208,7 +215,13 @@ vell_make_prefix() {
         )
         local i
         for ((i = 0; i < ${#settings[@]}; i += 7)); do
-            if ! WINEPREFIX=$prefix "$loader" reg add "${settings[@]:i:7}" /f >>"$log" 2>&1; then
+            local added=no
+            for try in 1 2 3; do
+                if WINEPREFIX=$prefix "$loader" reg add "${settings[@]:i:7}" /f >>"$log" 2>&1; then
+                    added=yes && break
+                fi
+            done
+            if [ $added = no ]; then
                 vell_log "reg add failed in the Wine prefix $prefix: ${settings[*]:i:3}; its last words:"
                 tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
                 return 1

@@ -170,6 +170,9 @@ vell_fetch_sources() {
     rm -rf "$dir/download"
 }
 
+# vell_thrice COMMAND...: runs COMMAND until it succeeds, three times at most.
+vell_thrice() { "$@" || "$@" || "$@"; }
+
 # Makes (once) and settles a Wine prefix: vell_make_prefix DIR LOADER DESKTOP, DESKTOP "yes" or
 # "no". The prefix of the 32-bit loader is a 32-bit one. What Wine prints goes to DIR.log, whose
 # end is shown when a step fails; the function then returns 1.
@@ -215,13 +218,7 @@ vell_make_prefix() {
         )
         local i
         for ((i = 0; i < ${#settings[@]}; i += 7)); do
-            local added=no
-            for try in 1 2 3; do
-                if WINEPREFIX=$prefix "$loader" reg add "${settings[@]:i:7}" /f >>"$log" 2>&1; then
-                    added=yes && break
-                fi
-            done
-            if [ $added = no ]; then
+            if ! WINEPREFIX=$prefix vell_thrice "$loader" reg add "${settings[@]:i:7}" /f >>"$log" 2>&1; then
                 vell_log "reg add failed in the Wine prefix $prefix: ${settings[*]:i:3}; its last words:"
                 tail -n 5 "$log" | sed 's/^/[vell]   /' >&2
                 return 1
